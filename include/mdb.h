@@ -1,0 +1,346 @@
+/* MDB: the media catalogue library of a DLNA Digital Media Server.
+ *
+ * The library keeps the catalogue of shared media files in one SQLite database and answers the
+ * UPnP ContentDirectory actions of the server: Browse, Search, CreateObject and DestroyObject, plus
+ * the maintenance operations of the disk scanner and the Filter/SortCriteria conversions.
+ *
+ * Conventions that hold for the whole header:
+ *  - Every operation returns a status word (uint32_t): MDB_OK (0) or one of the MDB_ERR_ codes below.
+ *    Callers test for zero. The upload operations answer 0/-1, 711 or 1 where their comment says so.
+ *    QRV_MDB_StatusName() turns a status into its name for messages.
+ *  - Ownership: the server owns the action record, the ixml document, the MdbNewObject and what
+ *    they point to. The library frees only what it allocates (upload notes, the root list, the id
+ *    array, its own SQL texts). The filter bytes, the sort text and looked-up paths are handed to the
+ *    caller, who releases them with free().
+ *  - Texts are built in fixed buffers and cut at their size, never overrun: 256 bytes for object
+ *    ids, titles and URL bases, 512 bytes for SQL texts, resource URLs and protocolInfo.
+ *  - Nothing is thread-safe by itself: the server calls the request operations from one thread at
+ *    a time. SQLite's locking arbitrates between connections.
+ *
+ * What the library imports (adaptation tables, DLNA profile functions, media-server symbols) is
+ * declared in mdb_platform.h. */
+#ifndef MDB_H
+#define MDB_H
+
+#include <stdint.h>
+#include <sqlite3.h>
+#include <ixml.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(MDB_BUILDING_LIBRARY)
+#define MDB_API __attribute__((visibility("default")))
+#else
+#define MDB_API
+#endif
+
+/* ---------------------------------------------------------------------------------------------
+ * Status codes */
+#define MDB_OK            0x000000u /* success */
+#define MDB_ERR_PARA      0xf00000u /* a required argument is NULL or invalid, or the request is refused */
+#define MDB_ERR_MEM       0xf00001u /* an allocation, XML node or SQL text could not be made, or an id did not fit */
+#define MDB_ERR_FAIL      0xf00003u /* another failure: a file, or one search expression */
+#define MDB_ERR_NOT_FOUND 0xf00004u /* an object id does not resolve, or the object does not exist */
+#define MDB_ERR_DB        0xf00005u /* an SQL statement failed */
+
+/* The UPnP ContentDirectory error that DestroyObject answers for a restricted object. */
+#define MDB_UPNP_ERR_RESTRICTED_OBJECT 711u
+
+/* The name of a status word ("MDB_ERR_NOT_FOUND"), or "MDB_UNKNOWN_STATUS" for other values. */
+MDB_API const char *QRV_MDB_StatusName(uint32_t ulStatus);
+
+/* ---------------------------------------------------------------------------------------------
+ * Records shared with the adaptation library and the server */
+
+typedef struct MdbStaticContainer MdbStaticContainer;
+typedef struct MdbActionCtx MdbActionCtx;
+
+/* A browse handler: node, sub-id (NULL without "|"), browse flag (0 BrowseMetadata,
+ * 1 BrowseDirectChildren) and the action record. */
+typedef uint32_t (*MdbContainerHandler)(const MdbStaticContainer *pstNode, const char *pcSubId,
+                                        uint32_t ulBrowseFlag, MdbActionCtx *pstAction);
+
+/* A row callback in the sqlite3_exec form: argument, column count, values (NULL for SQL NULL), names.
+ * Returning non-zero stops the statement. */
+typedef int (*MdbRowCallback)(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+
+/* An operator recognizer for search criteria: on success moves the cursor behind the operator and
+ * returns 0, else leaves it and returns -1. */
+typedef int32_t (*MdbSearchValueFn)(const char **ppcCursor);
+
+/* One node of the static container tree; the children of a node are one contiguous array. */
+struct MdbStaticContainer {
+    const char *pcTitle;                   /* dc:title of the container */
+    uint16_t usId;                         /* this node's number in the dotted id */
+    uint8_t ucClass;                       /* upnp:class number (1-based into g_apcObjClassStrings) */
+    uint8_t ucSearchClass;                 /* 0 none, 1..L one class, 128 and above a class set */
+    uint16_t usAdaptData;                  /* the adaptation library's own; never read here */
+    uint16_t usChildNum;                   /* number of children */
+    MdbContainerHandler pfnBrowse;         /* NULL when the container cannot be browsed */
+    const MdbStaticContainer *pstParent;   /* NULL for the root */
+    const MdbStaticContainer *pstChildren; /* first of usChildNum children */
+};
+
+/* usFlags bits of an MdbDlnaCol. */
+#define MDB_COL_ALWAYS         0x01u /* written for every row, whatever the filter */
+#define MDB_COL_ADAPT_BUILDER  0x02u /* written by QRV_MDB_AdaptColItemBuilder */
+#define MDB_COL_ELEMENT        0x04u /* a child element; when clear, an attribute of the object */
+#define MDB_COL_RES_ATTRIBUTE  0x08u /* an attribute of the "res" element (wins over 0x04) */
+#define MDB_COL_CONTAINER_ONLY 0x10u /* containers only; when clear, items only; never a sort key */
+#define MDB_COL_NOT_FILTERED   0x20u /* never written on behalf of the filter */
+
+/* One DIDL-Lite property the server can write, and the DLNA view column it is filled from. */
+typedef struct MdbDlnaCol {
+    const char *pcColName;           /* DLNA view column; also the attribute name */
+    const char *pcPropName;          /* DIDL-Lite property name; also the element name */
+    uint16_t usFlags;                /* MDB_COL_ bits */
+    uint16_t usColIdx;               /* index of the value in a "select * from DLNA" row */
+    MdbSearchValueFn pfnSearchValue; /* operator recognizer, NULL for "exists" only */
+    uint16_t usSearchType;           /* existence kind: 0 unknown, 1 all, 2 none, >=3 class set */
+} MdbDlnaCol;
+
+/* DLNA transfer parameters of a media format family. The library reads the OP and FLAGS texts. */
+typedef struct MdbTransferParams {
+    const char *pcFamilyName;   /* "audio", "video", "image" */
+    const char *pcDefaultMime;  /* MIME type used when a profile gives none */
+    const char *pcPlaySpeed;    /* DLNA.ORG_PS value, or NULL */
+    const char *pcOpValue;      /* DLNA.ORG_OP value */
+    const char *pcFlagsValue;   /* DLNA.ORG_FLAGS value */
+} MdbTransferParams;
+
+/* One media format family: low 16 bits of its items' flags word, and its transfer parameters. */
+typedef struct MdbMediaClass {
+    uint32_t ulFlagsCode;
+    const MdbTransferParams *pstTransfer;
+} MdbMediaClass;
+
+/* A DLNA profile as the profile library answers it. The library reads the first two fields. */
+typedef struct MdbDlnaProfile {
+    const char *pcProfileName; /* DLNA.ORG_PN value, or "Unknown" */
+    const char *pcMimeType;
+    const char *pcSuffix;      /* file name suffix without the dot */
+} MdbDlnaProfile;
+
+/* Bits of an ITEM row's flags word. */
+#define MDB_FLAGS_CLASS_MASK  127u      /* class number */
+#define MDB_FLAGS_RESTRICTED  0x80u     /* DestroyObject refuses it; no importUri */
+#define MDB_FLAGS_FOLDER_MUSIC   0x800u /* folder holds music (class 11) */
+#define MDB_FLAGS_FOLDER_VIDEO   0x1000u
+#define MDB_FLAGS_FOLDER_PICTURE 0x2000u
+
+/* Class numbers the library names itself. */
+#define MDB_CLASS_FOLDER  2u
+#define MDB_CLASS_MUSIC   11u
+#define MDB_CLASS_VIDEO   12u
+#define MDB_CLASS_PICTURE 13u
+
+/* The record of one Browse or Search, owned by the server. */
+struct MdbActionCtx {
+    char *pcObjectId;            /* ObjectID/ContainerID; writable, at least 256 bytes for Search */
+    uint32_t ulServerWord1;      /* the server's own */
+    uint32_t ulServerWord2;      /* the server's own */
+    uint32_t ulStartingIndex;
+    uint32_t ulRequestedCount;
+    uint32_t ulAddrFamily;       /* 2 IPv4, 10 IPv6: selects the resource URL form */
+    unsigned char *pucFilter;    /* one byte per g_astDlnaCols entry; never NULL */
+    char *pcSortStr;             /* "ORDER BY ..." or NULL */
+    uint32_t ulNumberReturned;   /* answer */
+    uint32_t ulTotalMatches;     /* answer */
+    IXML_Document *pstDoc;       /* the answer document */
+    IXML_Element *pstDidlRoot;   /* the DIDL-Lite root; objects are appended under it */
+    int32_t lUpnpErrCode;        /* answer on failure (701) */
+    char *pcErrStr;              /* at least 16 bytes; receives the UPnP error text */
+};
+
+/* The context of the row-to-DIDL-Lite writer for one statement run; zero it first. */
+typedef struct MdbItemBuildCtx {
+    const MdbStaticContainer *pstContainer; /* browsed container, NULL in Search */
+    MdbActionCtx *pstAction;
+    const char *pcBaseId;     /* listing base id; "" or "0" derives the base from each row */
+    long long llLastId;       /* previous row id; start at -1 */
+    IXML_Element *pstItem;    /* element of the object being written */
+    IXML_Element *pstRes;     /* its "res" element */
+    uint32_t ulCommaSep;      /* non-zero: ids are base "," row id */
+} MdbItemBuildCtx;
+
+/* One whole ITEM row. */
+typedef struct MdbItemDetail {
+    long long llId;
+    long long llParentId;
+    uint32_t ulFlags;
+    char acTitle[256];
+    char acFileName[4096];
+    uint64_t ullSize;
+    char acDate[64];
+    uint32_t ulBitsPerSample;
+    uint64_t ullDuration;
+    uint32_t ulNrAudioChannels;
+    uint64_t ullResolution;
+    uint32_t ulSampleFrequency;
+    uint32_t ulBitrate;
+    char acLastModify[64];
+    uint32_t ulOriginalTrackNumber;
+    long long llExIdActor;
+    long long llExIdAlbum;
+    long long llExIdArtist;
+    long long llExIdAuthor;
+    long long llExIdCreator;
+    long long llExIdDirector;
+    long long llExIdGenre;
+    long long llExIdProducer;
+    long long llExIdPublisher;
+} MdbItemDetail;
+
+/* One shared root folder: title (owned by the entry) and row id. */
+typedef struct MdbRootPath {
+    char *pcTitle;
+    long long llId;
+} MdbRootPath;
+
+/* Parsed search criteria. */
+#define MDB_SEARCH_MAX_EXPR 32
+#define MDB_SEARCH_SKELETON_SIZE 1024
+typedef struct MdbSearchSyntax {
+    int32_t lExprNum;
+    char *apcExpr[MDB_SEARCH_MAX_EXPR];
+    char acSkeleton[MDB_SEARCH_SKELETON_SIZE];
+    int32_t lParenDepth;
+    uint32_t ulState;
+} MdbSearchSyntax;
+
+/* Parser states of MdbSearchSyntax.ulState. */
+#define MDB_SYN_START 0u
+#define MDB_SYN_EXPR  1u
+#define MDB_SYN_OPEN  2u
+#define MDB_SYN_CLOSE 3u
+#define MDB_SYN_LOGIC 4u
+
+/* One CreateObject request; allocated by the server. Allocated texts come from strdup and are the
+ * server's to free. */
+typedef struct MdbNewObject {
+    char *pcContainerId;      /* server: ContainerID */
+    char *pcElements;         /* server: the Elements DIDL-Lite text */
+    uint32_t ulAddrFamily;    /* server: 2 IPv4, 10 IPv6 */
+    char *pcParentId;         /* parse, create */
+    uint32_t ulRestricted;    /* parse: 0 when restricted="0" */
+    char *pcTitle;            /* parse */
+    char *pcDate;             /* parse: year-month-day, or NULL */
+    char *pcClass;            /* parse */
+    char *pcSize;             /* parse, or NULL */
+    char *pcProtocolInfo;     /* parse: without its trailing parameters */
+    char *pcIfoFileUri;       /* parse, or NULL */
+    const char *pcSuffix;     /* parse: file suffix, owned by the profile library */
+    uint32_t ulFlags;         /* parse, create: ITEM flags word */
+    char *pcObjectId;         /* create */
+    IXML_Document *pstDoc;    /* server: the answer document */
+    IXML_Element *pstDidlRoot;/* server, create */
+    IXML_Element *pstItem;    /* create */
+    IXML_Element *pstRes;     /* create */
+} MdbNewObject;
+
+/* One upload in progress. */
+typedef struct MdbUploadNote {
+    long long llObjectId;
+    uint32_t ulState;         /* 1 waiting, 0 disabled */
+    uint32_t ulStartTime;     /* sysinfo uptime when the note was made */
+    struct MdbUploadNote *pstNext;
+} MdbUploadNote;
+
+/* ---------------------------------------------------------------------------------------------
+ * Exported globals */
+MDB_API extern uint32_t g_ulDlnaCertification; /* 1; never read by the library */
+
+/* ---------------------------------------------------------------------------------------------
+ * Object ids and the static container tree */
+
+/* Resolve pcId to its static container and the sub-id behind the first '|'. Both out-places are
+ * cleared first; the sub-id place is written as soon as the '|' is found.
+ * Returns MDB_OK, or MDB_ERR_NOT_FOUND for any id that does not resolve. */
+MDB_API uint32_t MdbLocateStaticContainerById(const char *pcId, const MdbStaticContainer **ppstNode,
+                                              const char **ppcSubId);
+
+/* Write the dotted id of pstNode ("-1" for NULL) into pcBuf. MDB_ERR_PARA for no buffer,
+ * MDB_ERR_MEM when the id does not fit (the buffer then holds a cut, terminated prefix). */
+MDB_API uint32_t QRV_MDB_StaticContainerGetObjId(const MdbStaticContainer *pstNode, char *pcBuf,
+                                                 uint32_t ulSize);
+
+/* ---------------------------------------------------------------------------------------------
+ * Vocabulary lookups */
+
+/* The class text of the class number in bits 0-6, or NULL. */
+MDB_API const char *QRV_MDB_GetMediaClassById(uint32_t ulFlags);
+/* The 1-based class number of the exact text, or 0. */
+MDB_API uint32_t QRV_MDB_GetMediaClassByStr(const char *pcClass);
+/* Index of the first property named exactly pcPropName, or 0xFFFFFFFF. */
+MDB_API uint32_t QRV_MDB_GetFilterIdx(const char *pcPropName);
+
+/* ---------------------------------------------------------------------------------------------
+ * Browse */
+
+/* Append element pcName (with text pcText when not NULL) as last child of pstParent. */
+MDB_API uint32_t QRV_MDB_XmlAppendChildElement(IXML_Document *pstDoc, IXML_Element *pstParent,
+                                               const char *pcName, const char *pcText,
+                                               IXML_Element **ppstNew);
+/* Append upnp:searchClass elements for a search class value to pstContainer. */
+MDB_API uint32_t QRV_MDB_AppendSearchClass(MdbActionCtx *pstAction, IXML_Element *pstContainer,
+                                           uint32_t ulSearchClass);
+/* Write a "container" element for pstNode, or for a database value below it when pcSuffix is given. */
+MDB_API uint32_t QRV_MDB_BuildMetadataForStaticContainer(const MdbStaticContainer *pstNode,
+                                                         const char *pcTitle, const char *pcSuffix,
+                                                         MdbActionCtx *pstAction);
+/* Handler of containers whose children are all static nodes. */
+MDB_API uint32_t QRV_MDB_BrowseStaticContainer(const MdbStaticContainer *pstNode, const char *pcSubId,
+                                               uint32_t ulBrowseFlag, MdbActionCtx *pstAction);
+/* Browse entry: resolve pcObjectId and call its container's handler. */
+MDB_API uint32_t QRV_MDB_Browse(const char *pcObjectId, uint32_t ulBrowseFlag, MdbActionCtx *pstAction);
+
+/* ---------------------------------------------------------------------------------------------
+ * Browse of database containers (folders, all items, categories) and the item writer */
+
+/* ---------------------------------------------------------------------------------------------
+ * Filter and SortCriteria */
+
+/* ---------------------------------------------------------------------------------------------
+ * Catalogue database: opening, busy policy, statement runner, shared row callbacks */
+
+/* ---------------------------------------------------------------------------------------------
+ * Item records */
+
+/* ---------------------------------------------------------------------------------------------
+ * Item queries */
+
+/* ---------------------------------------------------------------------------------------------
+ * Root folders and folder flags */
+
+/* ---------------------------------------------------------------------------------------------
+ * Database file copy */
+
+/* ---------------------------------------------------------------------------------------------
+ * Upload notes */
+
+/* ---------------------------------------------------------------------------------------------
+ * Search */
+
+/* Operator recognizers for the property table: on success move the cursor behind the operator and
+ * return 0; otherwise leave it and return -1 (also for NULL). The first word that the text begins
+ * with is taken. MdbCmpRelOp: "=", "!=", "<=", "<", ">=", ">". MdbCmpEqualOp: "=".
+ * MdbCmpStringOp: "contains", "=". MdbCmpDerivedOp: "=", "derivedfrom". */
+MDB_API int32_t MdbCmpRelOp(const char **ppcCursor);
+MDB_API int32_t MdbCmpEqualOp(const char **ppcCursor);
+MDB_API int32_t MdbCmpStringOp(const char **ppcCursor);
+MDB_API int32_t MdbCmpDerivedOp(const char **ppcCursor);
+
+/* Append as much of pcSrc as fits into the ulSize-byte text pcDst, always leaving a NUL; nothing
+ * happens for NULL texts or when pcDst is already not shorter than ulSize. Returns pcDst. */
+MDB_API char *MdbStrAppend(char *pcDst, uint32_t ulSize, const char *pcSrc);
+
+/* ---------------------------------------------------------------------------------------------
+ * CreateObject, DestroyObject, file information, upload completion and time-out */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* MDB_H */

@@ -1,0 +1,98 @@
+-- Schema of the MDB media catalogue. Run once, as one batch, when a new catalogue file is created.
+--
+-- ITEM holds one row per shared file or folder; its 24 columns are inserted and read by position.
+-- The lookup tables hold the names that ITEM rows point at through their exID_ columns.
+-- DLNA is the view that Browse and Search read: "select * from DLNA" rows are read by position,
+-- and the property table of the adaptation library names its columns, so the order below is binding.
+
+CREATE TABLE ITEM (
+  id                  INTEGER PRIMARY KEY,
+  parentID            INTEGER NOT NULL DEFAULT 0,
+  flags               INTEGER NOT NULL DEFAULT 0,
+  title               TEXT,
+  fileName            TEXT,
+  size                INTEGER DEFAULT 0,
+  date                TEXT,
+  bitsPerSample       INTEGER DEFAULT 0,
+  duration            INTEGER DEFAULT 0,
+  nrAudioChannels     INTEGER DEFAULT 0,
+  resolution          INTEGER DEFAULT 0,
+  sampleFrequency     INTEGER DEFAULT 0,
+  bitrate             INTEGER DEFAULT 0,
+  lastModify          TEXT,
+  originalTrackNumber INTEGER DEFAULT 0,
+  exID_ACTOR          INTEGER DEFAULT 0,
+  exID_ALBUM          INTEGER DEFAULT 0,
+  exID_ARTIST         INTEGER DEFAULT 0,
+  exID_AUTHOR         INTEGER DEFAULT 0,
+  exID_CREATOR        INTEGER DEFAULT 0,
+  exID_DIRECTOR       INTEGER DEFAULT 0,
+  exID_GENRE          INTEGER DEFAULT 0,
+  exID_PRODUCER       INTEGER DEFAULT 0,
+  exID_PUBLISHER      INTEGER DEFAULT 0
+);
+
+CREATE TABLE GENRES     (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE ARTISTS    (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE ALBUMS     (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE ACTORS     (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE AUTHORS    (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE CREATORS   (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE DIRECTORS  (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE PRODUCERS  (exID INTEGER PRIMARY KEY, name TEXT);
+CREATE TABLE PUBLISHERS (exID INTEGER PRIMARY KEY, name TEXT);
+
+CREATE INDEX GENRES_name     ON GENRES(name);
+CREATE INDEX ARTISTS_name    ON ARTISTS(name);
+CREATE INDEX ALBUMS_name     ON ALBUMS(name);
+CREATE INDEX ACTORS_name     ON ACTORS(name);
+CREATE INDEX AUTHORS_name    ON AUTHORS(name);
+CREATE INDEX CREATORS_name   ON CREATORS(name);
+CREATE INDEX DIRECTORS_name  ON DIRECTORS(name);
+CREATE INDEX PRODUCERS_name  ON PRODUCERS(name);
+CREATE INDEX PUBLISHERS_name ON PUBLISHERS(name);
+
+-- Browse statements filter on the class expression "(flags & 127)" and sort by title; SQLite uses
+-- an index on an expression when the statement writes the same expression.
+CREATE INDEX ITEM_parent_title ON ITEM(parentID, title);
+CREATE INDEX ITEM_class_title  ON ITEM((flags & 127), title);
+CREATE INDEX ITEM_genre        ON ITEM(exID_GENRE, (flags & 127));
+CREATE INDEX ITEM_artist       ON ITEM(exID_ARTIST, (flags & 127));
+CREATE INDEX ITEM_album        ON ITEM(exID_ALBUM, (flags & 127));
+
+-- Audio parameters of an item.
+CREATE VIEW AV_INFO AS SELECT id, sampleFrequency, nrAudioChannels FROM ITEM;
+
+-- The names of lookup entries come through scalar sub-selects, which a deep OFFSET skips without
+-- evaluating, rather than through joins.
+CREATE VIEW DLNA AS SELECT
+  ITEM.id                  AS id,                  -- 0
+  ITEM.parentID            AS parentID,            -- 1
+  ITEM.flags               AS flags,               -- 2
+  ITEM.title               AS title,               -- 3
+  ITEM.size                AS size,                -- 4
+  ITEM.date                AS date,                -- 5
+  ITEM.duration            AS duration,            -- 6
+  ITEM.resolution          AS resolution,          -- 7
+  ITEM.bitrate             AS bitrate,             -- 8
+  ITEM.sampleFrequency     AS sampleFrequency,     -- 9
+  ITEM.nrAudioChannels     AS nrAudioChannels,     -- 10
+  ITEM.bitsPerSample       AS bitsPerSample,       -- 11
+  ITEM.originalTrackNumber AS originalTrackNumber, -- 12
+  ITEM.lastModify          AS lastModify,          -- 13
+  ITEM.exID_GENRE          AS genre_id,            -- 14
+  (SELECT name FROM GENRES WHERE exID = ITEM.exID_GENRE)         AS genre,     -- 15
+  ITEM.exID_ARTIST         AS artist_id,           -- 16
+  (SELECT name FROM ARTISTS WHERE exID = ITEM.exID_ARTIST)       AS artist,    -- 17
+  ITEM.exID_ALBUM          AS album_id,            -- 18
+  (SELECT name FROM ALBUMS WHERE exID = ITEM.exID_ALBUM)         AS album,     -- 19
+  ((ITEM.flags & 128) != 0) AS restricted,         -- 20
+  ITEM.fileName            AS fileName,            -- 21
+  (SELECT name FROM CREATORS WHERE exID = ITEM.exID_CREATOR)     AS creator,   -- 22
+  (SELECT name FROM ACTORS WHERE exID = ITEM.exID_ACTOR)         AS actor,     -- 23
+  (SELECT name FROM AUTHORS WHERE exID = ITEM.exID_AUTHOR)       AS author,    -- 24
+  (SELECT name FROM DIRECTORS WHERE exID = ITEM.exID_DIRECTOR)   AS director,  -- 25
+  (SELECT name FROM PRODUCERS WHERE exID = ITEM.exID_PRODUCER)   AS producer,  -- 26
+  (SELECT name FROM PUBLISHERS WHERE exID = ITEM.exID_PUBLISHER) AS publisher, -- 27
+  ITEM.flags               AS protocolInfo         -- 28: the profile id; sorting by it groups formats
+FROM ITEM;

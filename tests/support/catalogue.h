@@ -1,0 +1,63 @@
+// A real catalogue for tests: a new database file in a scratch directory, created by
+// QRV_MDB_DbInit with the shipped schema script, stored at g_pstMdbCtx for the request handlers.
+// Rows are added through the library's own store operations.
+#pragma once
+
+#include "temp_dir.h"
+
+#include <mdb.h>
+
+#include <string>
+
+namespace mdbtest {
+
+// Values of one ITEM row for Catalogue::addItem; unset fields are 0 or empty.
+struct ItemValues {
+    long long parentId = 0;
+    int32_t flags = 0;
+    std::string title;
+    std::string fileName;
+    long long size = 0;
+    std::string date;
+    int32_t bitsPerSample = 0;
+    long long duration = 0;
+    int32_t nrAudioChannels = 0;
+    long long resolution = 0;
+    int32_t sampleFrequency = 0;
+    int32_t bitrate = 0;
+    std::string lastModify;
+    int32_t originalTrackNumber = 0;
+    long long actor = 0, album = 0, artist = 0, author = 0, creator = 0, director = 0, genre = 0,
+              producer = 0, publisher = 0;
+};
+
+class Catalogue {
+public:
+    // Creates the catalogue and sets g_pstMdbCtx; fails the current test when it cannot.
+    Catalogue();
+    // Closes the connection and clears g_pstMdbCtx.
+    ~Catalogue();
+    Catalogue(const Catalogue &) = delete;
+    Catalogue &operator=(const Catalogue &) = delete;
+
+    sqlite3 *db() const { return m_db; }
+    const TempDir &dir() const { return m_dir; }
+    std::string dbPath() const { return m_dir.file("catalogue.db"); }
+
+    // Adds a row with QRV_MDB_DbAddItem; returns its id (fails the test on error).
+    long long addItem(const ItemValues &v);
+    // A folder row (class 2) named fileName below parentId, title = fileName.
+    long long addFolder(long long parentId, const std::string &fileName, int32_t extraFlags = 0);
+    // A lookup entry through QRV_MDB_DbAddItemExtraInfo.
+    long long lookup(const std::string &table, const std::string &name);
+    // Runs one SQL statement directly (for setting up or checking rows); fails the test on error.
+    void exec(const std::string &sql);
+    // First column of the first row of a query, as text ("" for no row, "NULL" for SQL NULL).
+    std::string scalar(const std::string &sql);
+
+private:
+    TempDir m_dir;
+    sqlite3 *m_db = nullptr;
+};
+
+}  // namespace mdbtest
