@@ -399,11 +399,63 @@ MDB_API uint32_t QRV_MDB_DbAddItemExtraInfo(sqlite3 *pstDb, long long *pllId, co
 /* ---------------------------------------------------------------------------------------------
  * Item queries */
 
+/* Item queries: MDB_ERR_PARA for a NULL connection, MDB_ERR_DB when the select fails, else MDB_OK.
+ * A query that finds no row leaves the caller's storage as it was. */
+
+/* All ITEM ids as QRV_MDB_DbGetAllItemID found them (malloc'ed; the caller frees it), and their
+ * number. */
+MDB_API extern long long *g_pllIDArray;
+MDB_API extern uint32_t g_ulIDArrayCount;
+
+/* File name (cut to ulFileNameSize - 1 characters), flags and parent id of row llId; each output
+ * may be NULL. */
+MDB_API uint32_t QRV_MDB_GetItemInfo(sqlite3 *pstDb, long long llId, long long *pllParentId,
+                                     char *pcFileName, uint32_t ulFileNameSize, uint32_t *pulFlags);
+/* The whole row llId into *pstDetail (required); the record is cleared only when the row exists. */
+MDB_API uint32_t QRV_MDB_GetItemDetailInfo(sqlite3 *pstDb, long long llId, MdbItemDetail *pstDetail);
+/* Sample frequency and channel count of item llId, on g_pstMdbCtx (MDB_ERR_PARA when NULL). */
+MDB_API uint32_t QRV_MDB_GetChannelAndSampleFrequency(long long llId, uint32_t *pulSampleFrequency,
+                                                      uint32_t *pulChannels);
+/* Name of a genre, album or artist by id into a 256-byte buffer (untouched for an unknown id). */
+MDB_API uint32_t QRV_MDB_GetGenre(sqlite3 *pstDb, int32_t lId, char *pcName);
+MDB_API uint32_t QRV_MDB_GetAlbum(sqlite3 *pstDb, int32_t lId, char *pcName);
+MDB_API uint32_t QRV_MDB_GetArtist(sqlite3 *pstDb, int32_t lId, char *pcName);
+/* 1 when folder llId has no children or only children with flags 130, else 0 (also when no
+ * connection is open at g_pstMdbCtx or the query fails). */
+MDB_API int32_t QRV_MDB_IsFolderEmpty(long long llId);
+/* Count the ITEM rows into g_ulIDArrayCount and fill a new g_pllIDArray with their ids (an earlier
+ * array is not released). Ids added after the count are dropped. A count of 0 allocates nothing.
+ * Allocation failure: MDB_ERR_MEM, g_pllIDArray NULL, g_ulIDArrayCount 0. NULL connection: MDB_OK. */
+MDB_API uint32_t QRV_MDB_DbGetAllItemID(sqlite3 *pstDb);
+/* 1 when the DLNA view has at least ulExpected rows among the first three ITEM ids, else 0. */
+MDB_API int32_t QRV_MDB_DbDLNATest(sqlite3 *pstDb, uint32_t ulExpected);
+
 /* ---------------------------------------------------------------------------------------------
  * Root folders and folder flags */
 
+/* The root folders (rows with parentID 0) as QRV_MDB_DbGetRoots read them; owned by the library. */
+MDB_API extern MdbRootPath *g_pstRootPaths;
+MDB_API extern uint32_t g_ulRootPathNum;
+
+/* Release the root list and read it anew. No roots: MDB_OK and no list. MDB_ERR_MEM when the list
+ * cannot be allocated (no list); MDB_ERR_DB when a statement fails. */
+MDB_API uint32_t QRV_MDB_DbGetRoots(sqlite3 *pstDb);
+/* Add ulBits to folder llId's flags unless (flags AND ulBits) is already greater than 1. */
+MDB_API uint32_t QRV_MDB_UpdateFolderFlags(sqlite3 *pstDb, long long llId, uint32_t ulBits);
+/* Replace the whole flags word of row llId. */
+MDB_API uint32_t QRV_MDB_SetFolderFlags(sqlite3 *pstDb, long long llId, int32_t lFlags);
+/* Point the plain folder rows (flags 2) that share pcNewRoot's beginning (up to the device number
+ * before the last '_' of its first component below pcBase) and its ending (from that '_'), and whose
+ * directory no longer exists, at pcNewRoot. Only strlen(pcBase) is used. MDB_OK and nothing done
+ * when pcNewRoot is not longer than pcBase; MDB_ERR_PARA when NULL or the component has no '_'. */
+MDB_API uint32_t QRV_MDB_ReplaceRoot(sqlite3 *pstDb, const char *pcBase, const char *pcNewRoot);
+
 /* ---------------------------------------------------------------------------------------------
  * Database file copy */
+
+/* Copy pcSource byte for byte onto pcTarget. MDB_ERR_PARA for a NULL path or the same path text;
+ * MDB_ERR_FAIL when a file cannot be opened ("Caution: ..." on stdout) or a write is short (perror). */
+MDB_API uint32_t QRV_MDB_Copyfile(const char *pcTarget, const char *pcSource);
 
 /* ---------------------------------------------------------------------------------------------
  * Upload notes */

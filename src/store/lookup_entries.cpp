@@ -1,7 +1,10 @@
-// Lookup-table entries (genres, artists, albums and the like): find an entry by name, or create it.
+// Lookup-table entries (genres, artists, albums and the like): find an entry by name or create it,
+// and read the name of a genre, album or artist by its id.
 #include <mdb.h>
 
 #include "store/sql_text.h"
+
+#include <cstdio>
 
 /* Find the entry named pcName (NULL is "") in table pcTable, inserting it when missing, and store
  * its exID in *pllId (0 when no positive id results). The table name is inserted verbatim. The
@@ -36,4 +39,34 @@ uint32_t QRV_MDB_DbAddItemExtraInfo(sqlite3 *pstDb, long long *pllId, const char
     }
     *pllId = llFound > 0 ? llFound : 0;
     return MDB_OK;
+}
+
+namespace {
+
+// Reads "select name from <pcTable> where exId=<lId>" into the 256-byte buffer pcName; an unknown
+// id leaves the buffer untouched.
+uint32_t GetLookupName(sqlite3 *pstDb, const char *pcTable, int32_t lId, char *pcName) {
+    if (pstDb == nullptr) {
+        return MDB_ERR_PARA;
+    }
+    char acSql[512];
+    std::snprintf(acSql, sizeof acSql, "select name from %s where exId=%d", pcTable, lId);
+    return MdbExecSql(pstDb, acSql, MdbGetNameCallback, pcName, nullptr) == SQLITE_OK ? MDB_OK : MDB_ERR_DB;
+}
+
+}  // namespace
+
+/* Name of genre lId into the 256-byte buffer pcName (at most 255 characters). */
+uint32_t QRV_MDB_GetGenre(sqlite3 *pstDb, int32_t lId, char *pcName) {
+    return GetLookupName(pstDb, "GENRES", lId, pcName);
+}
+
+/* Name of album lId into the 256-byte buffer pcName (at most 255 characters). */
+uint32_t QRV_MDB_GetAlbum(sqlite3 *pstDb, int32_t lId, char *pcName) {
+    return GetLookupName(pstDb, "ALBUMS", lId, pcName);
+}
+
+/* Name of artist lId into the 256-byte buffer pcName (at most 255 characters). */
+uint32_t QRV_MDB_GetArtist(sqlite3 *pstDb, int32_t lId, char *pcName) {
+    return GetLookupName(pstDb, "ARTISTS", lId, pcName);
 }
