@@ -198,7 +198,8 @@ TEST(CriteriaTranslation, TextsThatWouldNotFitAreRefused) {
     Translated fits = Translate("0", three(200, 200, 58));
     ASSERT_EQ(fits.status, "MDB_OK");
     EXPECT_EQ(fits.where.size(), 511u);
-    EXPECT_EQ(fits.where.substr(fits.where.size() - 72), "title like '%" + std::string(58, 'c') + "%'");
+    const std::string last = "title like '%" + std::string(58, 'c') + "%'";
+    EXPECT_EQ(fits.where.substr(fits.where.size() - last.size()), last);
     EXPECT_EQ(Translate("0", three(200, 200, 59)).status, "MDB_ERR_PARA");
 
     struct {
