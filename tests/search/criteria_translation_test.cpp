@@ -170,6 +170,40 @@ TEST(CriteriaTranslation, ResolutionsAndDurations) {
     }
 }
 
+TEST(CriteriaTranslation, ProtocolInfoNamesFamiliesAndProfiles) {
+    const std::string pi = Prop(28);
+    const std::string kAnyItem = "((flags & 127) = 11 or (flags & 127) = 12 or (flags & 127) = 13) and ";
+    // The profile ids the expectations name, as the profile library knows them.
+    struct {
+        uint32_t id;
+        const char *name, *mime;
+    } profiles[] = {{11, "MP3", "audio/mpeg"},
+                    {268, "MPEG_PS_PAL", "video/mpeg"},
+                    {(7u << 16) + 268, "AVC_MP4_MP_SD_AAC_MULT5", "video/mp4"},
+                    {(5u << 16) + 525, "PNG_TN", "image/png"},
+                    {(10u << 16) + 11, "Unknown", "audio/x-wav"}};
+    for (const auto &p : profiles) {
+        const MdbDlnaProfile *profile = QRV_DLNA_GetProfileByProfileId(p.id);
+        ASSERT_NE(profile, nullptr) << p.id;
+        ASSERT_STREQ(profile->pcProfileName, p.name);
+        ASSERT_STREQ(profile->pcMimeType, p.mime);
+    }
+    RunCases({
+        {"0", pi + " contains \"DLNA.ORG_PN=MP3\"", "MDB_OK", kAnyItem + "flags = 11", 0, "0", 7},
+        {"0", pi + " = \"DLNA.ORG_PN=MP3\"", "MDB_OK", kAnyItem + "flags = 11", 0, "0", 7},
+        {"0", pi + " contains \"http-get:*:audio/mpeg:*\"", "MDB_OK", kAnyItem + "(flags & 65535) = 11", 0, "0", 7},
+        {"0", pi + " contains \"http-get:*:video/mp4\"", "MDB_OK", kAnyItem + "(flags & 65535) = 268", 0, "0", 7},
+        {"0", pi + " contains \"http-get:*:image/png:DLNA.ORG_PN=PNG_TN;DLNA.ORG_OP=01\"", "MDB_OK",
+         kAnyItem + "flags = 328205", 0, "0", 7},
+        {"0", pi + " contains \"http-get:*:audio/mpeg:DLNA.ORG_PN=PNG_TN\"", "MDB_OK", kAnyItem + "0", 0, "0", 7},
+        {"0", pi + " contains \"DLNA.ORG_PN=Unknown\"", "MDB_OK", kAnyItem + "flags = 655371", 0, "0", 7},
+        {"0", pi + " contains \"http-get:*:text/plain:*\"", "MDB_OK", kAnyItem + "0", 0, "0", 7},
+        {"0", pi + " contains \"http-get:*:x' or 1=1 --:*\"", "MDB_OK", kAnyItem + "0", 0, "0", 7},
+        {"0", pi + " contains \"audio/mpeg\"", "MDB_ERR_FAIL", "", 0, "", 7},
+        {"0", pi + " contains \"\"", "MDB_ERR_FAIL", "", 0, "", 7},
+    });
+}
+
 TEST(CriteriaTranslation, ClientValuesAreEscaped) {
     // dc:date exists for the three item classes, which restricts a comparison on it.
     const std::string kAnyItem = "((flags & 127) = 11 or (flags & 127) = 12 or (flags & 127) = 13) and ";
