@@ -1,5 +1,6 @@
 // The criteria checker: which texts are accepted, the skeleton and expression texts it leaves,
 // the limits that refuse hostile texts, and the operator recognizers of the property table.
+#include "search_probe.h"
 #include "search/search_words.h"
 
 #include <gtest/gtest.h>
@@ -10,22 +11,6 @@
 #include <cstring>
 #include <string>
 #include <vector>
-
-// Counts strdup calls and fails the chosen one, so that the checker's answer to a failed copy can be
-// seen. Off (-1) outside the test that arms it.
-static int g_lStrdupFailAt = -1;
-static int g_lStrdupCalls = 0;
-extern "C" char *strdup(const char *pcText) {
-    if (g_lStrdupFailAt >= 0 && g_lStrdupCalls++ == g_lStrdupFailAt) {
-        return nullptr;
-    }
-    size_t len = std::strlen(pcText) + 1;
-    char *pcCopy = static_cast<char *>(std::malloc(len));
-    if (pcCopy != nullptr) {
-        std::memcpy(pcCopy, pcText, len);
-    }
-    return pcCopy;
-}
 
 namespace {
 
@@ -223,10 +208,9 @@ TEST(CriteriaSyntax, LimitsRefuseTheWholeText) {
 
 TEST(CriteriaSyntax, FailedCopyGivesMemoryErrorAndKeepsNothing) {
     // The second of three copies fails: the first is released, nothing is left in the record.
-    g_lStrdupCalls = 0;
-    g_lStrdupFailAt = 1;
+    searchtest::FailStrdupCall(1);
     Parsed p("dc:title = \"a\" and dc:title = \"b\" and dc:title = \"c\"");
-    g_lStrdupFailAt = -1;
+    searchtest::FailStrdupCall(-1);
     EXPECT_EQ(Status(p.status), "MDB_ERR_MEM");
     EXPECT_EQ(p.st.lExprNum, 0);
     EXPECT_TRUE(p.skeletonAllZero());

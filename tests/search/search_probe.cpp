@@ -4,11 +4,36 @@
 #include <gtest/gtest.h>
 #include <mdb_platform.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <sstream>
 
+namespace {
+int g_lStrdupFailAt = -1;
+int g_lStrdupCalls = 0;
+}  // namespace
+
+// The program's own strdup, which the library's calls reach as well: it fails on request.
+extern "C" char *strdup(const char *pcText) {
+    if (g_lStrdupFailAt >= 0 && g_lStrdupCalls++ == g_lStrdupFailAt) {
+        g_lStrdupFailAt = -1;
+        return nullptr;
+    }
+    size_t len = std::strlen(pcText) + 1;
+    char *pcCopy = static_cast<char *>(std::malloc(len));
+    if (pcCopy != nullptr) {
+        std::memcpy(pcCopy, pcText, len);
+    }
+    return pcCopy;
+}
+
 namespace searchtest {
+
+void FailStrdupCall(int n) {
+    g_lStrdupCalls = 0;
+    g_lStrdupFailAt = n;
+}
 
 Translated Translate(const std::string &container, const std::string &criteria, uint32_t initialCommaSep) {
     Translated t;

@@ -59,6 +59,10 @@ private:
 // "" when "select * from DLNA where <where>" compiles on db, else SQLite's message.
 std::string PrepareError(sqlite3 *db, const std::string &where);
 
+// Makes the n-th strdup call from now on fail (0 the next one); -1 stops failing. The test program
+// defines strdup so that the library's copies can be made to fail.
+void FailStrdupCall(int n);
+
 // The whole content of a file.
 std::string FileBytes(const std::string &path);
 
