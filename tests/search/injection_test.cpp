@@ -29,9 +29,9 @@ struct HostileCase {
     const char *why;
 };
 
-Titles Run(const std::string &container, const std::string &criteria, uint32_t *status,
+Titles RunSearch(const std::string &container, const std::string &criteria, uint32_t *status,
            std::vector<std::string> *statements, SearchLibrary &lib) {
-    Action action(true, 100, 0);
+    Action action(false, 100, 0);  // no optional property: the writer runs no statement of its own
     action.setObjectId(container);
     SqlTrace trace(lib.db());
     *status = QRV_MDB_Search(container.c_str(), criteria.c_str(), action.ctx());
@@ -82,12 +82,12 @@ TEST(Injection, HostileInputNeverWidensOrWrites) {
         Titles allowed = c.allowed;
         if (!c.twin.empty()) {
             uint32_t twinStatus = 0;
-            allowed = Run(c.container, c.twin, &twinStatus, nullptr, lib);
+            allowed = RunSearch(c.container, c.twin, &twinStatus, nullptr, lib);
             ASSERT_EQ(twinStatus, MDB_OK);
         }
         uint32_t status = 0;
         std::vector<std::string> statements;
-        Titles got = Run(c.container, c.criteria, &status, &statements, lib);
+        Titles got = RunSearch(c.container, c.criteria, &status, &statements, lib);
         EXPECT_TRUE(status == MDB_OK || status == MDB_ERR_PARA) << QRV_MDB_StatusName(status);
         EXPECT_LE(statements.size(), 2u);
         for (const std::string &sql : statements) {
