@@ -96,5 +96,5 @@ CREATE VIEW DLNA AS SELECT
   (SELECT name FROM PUBLISHERS WHERE exID = ITEM.exID_PUBLISHER) AS publisher, -- 27
   ITEM.flags               AS protocolInfo,        -- 28: the profile id; sorting by it groups formats
   'STANDARD'               AS recordQuality,       -- 29: upnp:recordQuality of every item
-  (ITEM.flags & 127)       AS class                -- 30: the class number; sorting by it groups classes
+  CAST(ITEM.flags & 127 AS INTEGER) AS class        -- 30: the class number; sorting by it groups classes
 FROM ITEM;
