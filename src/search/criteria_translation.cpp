@@ -149,8 +149,8 @@ uint32_t TranslateExpression(MdbTranslation &stT, uint32_t ulIndex, const char *
  * the next expression text translated as property N. Anything else is skipped. */
 uint32_t TranslateSkeleton(MdbTranslation &stT, const MdbSearchSyntax &stSyntax) {
     int32_t lNext = 0;
-    for (const char *pc = stSyntax.acSkeleton; *pc != '\0' && pc < stSyntax.acSkeleton + sizeof(stSyntax.acSkeleton);
-         ++pc) {
+    const char *pcEnd = stSyntax.acSkeleton + strnlen(stSyntax.acSkeleton, sizeof(stSyntax.acSkeleton));
+    for (const char *pc = stSyntax.acSkeleton; pc < pcEnd; ++pc) {
         const char *pcText = nullptr;
         switch (*pc) {
         case '(':
@@ -170,7 +170,8 @@ uint32_t TranslateSkeleton(MdbTranslation &stT, const MdbSearchSyntax &stSyntax)
                 return MDB_ERR_PARA;
             }
             uint32_t ulIndex = 0;
-            for (const char *pcDigit = pc + 1; std::isdigit(static_cast<unsigned char>(*pcDigit)); ++pcDigit) {
+            for (const char *pcDigit = pc + 1; pcDigit < pcEnd && std::isdigit(static_cast<unsigned char>(*pcDigit));
+                 ++pcDigit) {
                 ulIndex = ulIndex * 10 + static_cast<uint32_t>(*pcDigit - '0');
                 if (ulIndex >= g_ulNumOfDlnaCols) {
                     return MDB_ERR_PARA;

@@ -43,14 +43,6 @@ struct Parsed {
 
 std::string Status(uint32_t s) { return QRV_MDB_StatusName(s); }
 
-TEST(CriteriaSyntax, PropertyTableHasTheAssumedPositions) {
-    ASSERT_GT(g_ulNumOfDlnaCols, 3u);
-    EXPECT_STREQ(g_astDlnaCols[2].pcPropName, "upnp:class");
-    EXPECT_EQ(g_astDlnaCols[2].pfnSearchValue, &MdbCmpDerivedOp);
-    EXPECT_STREQ(g_astDlnaCols[3].pcPropName, "dc:title");
-    EXPECT_EQ(g_astDlnaCols[3].pfnSearchValue, &MdbCmpStringOp);
-}
-
 struct SyntaxCase {
     const char *criteria;
     bool accepted;
