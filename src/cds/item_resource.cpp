@@ -37,10 +37,15 @@ TransferTexts TransferOfFamily(uint32_t ulFlags) {
     return texts;
 }
 
+}  // namespace
+
 /* protocolInfo for a profile: LPCM with its fixed OP and FLAGS; "Unknown" without DLNA.ORG_PN;
  * any other with its name. A family without transfer parameters gives no OP and FLAGS: then
  * "Unknown" becomes "http-get:*:mime:*" and any other name carries DLNA.ORG_PN alone. */
-void FormatProtocolInfo(const MdbDlnaProfile *pstProfile, uint32_t ulFlags, char *pcBuf, size_t ulSize) {
+void MdbFormatProtocolInfo(const MdbDlnaProfile *pstProfile, uint32_t ulFlags, char *pcBuf, uint32_t ulSize) {
+    if (pstProfile == nullptr || pcBuf == nullptr || ulSize == 0) {
+        return;
+    }
     const char *pcName = pstProfile->pcProfileName != nullptr ? pstProfile->pcProfileName : "";
     const char *pcMime = pstProfile->pcMimeType != nullptr ? pstProfile->pcMimeType : "";
     const TransferTexts transfer = TransferOfFamily(ulFlags);
@@ -61,8 +66,6 @@ void FormatProtocolInfo(const MdbDlnaProfile *pstProfile, uint32_t ulFlags, char
         std::snprintf(pcBuf, ulSize, "http-get:*:%s:DLNA.ORG_PN=%s", pcMime, pcName);
     }
 }
-
-}  // namespace
 
 /* libupnp answers NULL for an address until it is initialised; that counts as no address. */
 void MdbFormatUrlBase(uint32_t ulAddrFamily, char *pcBuf, uint32_t ulSize) {
@@ -111,7 +114,7 @@ void MdbAppendResElement(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t ulF
     }
     pstCtx->pstRes = pstRes;
 
-    FormatProtocolInfo(pstProfile, ulFlags, acText, sizeof acText);
+    MdbFormatProtocolInfo(pstProfile, ulFlags, acText, sizeof acText);
     ixmlElement_setAttribute(pstRes, "protocolInfo", acText);
 
     if ((ulFlags & MDB_FLAGS_RESTRICTED) == 0 && bUploading) {

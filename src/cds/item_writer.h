@@ -46,6 +46,11 @@ uint32_t MdbBuildColumn(MdbItemBuildCtx *pstCtx, int lColNum, char **ppcValues, 
  * libupnp has no address yet. */
 void MdbFormatUrlBase(uint32_t ulAddrFamily, char *pcBuf, uint32_t ulSize);
 
+/* Write the protocolInfo of a resource of profile pstProfile whose flags word is ulFlags into
+ * pcBuf (ulSize bytes, cut there): "http-get:*:<mime>:" followed by the DLNA parameters of the
+ * profile and of the media family in bits 8-15 of ulFlags. */
+void MdbFormatProtocolInfo(const MdbDlnaProfile *pstProfile, uint32_t ulFlags, char *pcBuf, uint32_t ulSize);
+
 /* Append the "res" element of the row to pstCtx->pstItem and remember it in pstCtx->pstRes: its
  * text the resource URL (empty while an upload note exists), its protocolInfo from the profile
  * and the media family of ulFlags, and its importUri while the unrestricted object is being
