@@ -18,12 +18,12 @@ Library::Library() {
     const long long usb = folder(0, "/media/usb1_1", 0x800 | 0x1000 | 0x2000);
     const long long sd = folder(0, "/media/sd2_1", 0x800);
     folder(0, "/media/empty", 0);
-    const long long music = folder(usb, "Music", 0x800);
+    const long long music = folder(usb, "Music", 0x800 | 0x2000);
     const long long jazz = folder(music, "Jazz", 0x800);
     const long long video = folder(usb, "Video", 0x1000);
     const long long photos = folder(usb, "Photos", 0x2000);
     const long long mixed = folder(usb, "Mixed", 0x800 | 0x2000);
-    folder(music, "Covers", 0x2000);
+    const long long covers = folder(music, "Covers", 0x2000);
 
     item(jazz, MDB_CLASS_MUSIC, "So What", "01 So What.mp3", "1959-08-17", "Jazz", "Miles Davis", "Kind of Blue");
     item(jazz, MDB_CLASS_MUSIC, "Blue in Green", "03 Blue in Green.mp3", "1959-08-18", "Jazz", "Miles Davis",
@@ -43,6 +43,7 @@ Library::Library() {
     item(photos, MDB_CLASS_PICTURE, "Beach", "beach.jpg", "2019-08-02");
     item(photos, MDB_CLASS_PICTURE, "Mountains & Lakes", "alps.jpg", "2019-08-03");
     item(mixed, MDB_CLASS_PICTURE, "Cover", "cover.jpg", "2005-03-05");
+    item(covers, MDB_CLASS_PICTURE, "Kind of Blue (front)", "kob.jpg", "1959-09-01");
     EXPECT_EQ(QRV_MDB_DbGetRoots(db()), MDB_OK);
 }
 
