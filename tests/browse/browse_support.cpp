@@ -57,12 +57,6 @@ Profile FindProfile(uint32_t itemClass, bool (*test)(const std::string &name)) {
     return {};
 }
 
-Profile FindProfileNamed(uint32_t itemClass, const std::string &name) {
-    static std::string wanted;
-    wanted = name;
-    return FindProfile(itemClass, [](const std::string &n) { return n == wanted; });
-}
-
 Profile FindOrdinaryProfile(uint32_t itemClass) {
     return FindProfile(itemClass, [](const std::string &n) { return n.rfind("LPCM", 0) != 0 && n != "Unknown"; });
 }
@@ -104,12 +98,6 @@ std::vector<std::string> XmlTexts(const std::string &xml, const std::string &qna
     }
     xmlFreeDoc(doc);
     return texts;
-}
-
-std::string Text(IXML_Element *el) {
-    IXML_Node *text = el != nullptr ? ixmlNode_getFirstChild(reinterpret_cast<IXML_Node *>(el)) : nullptr;
-    const char *v = text != nullptr ? ixmlNode_getNodeValue(text) : nullptr;
-    return v != nullptr ? v : "";
 }
 
 }  // namespace browsetest

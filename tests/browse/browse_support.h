@@ -24,7 +24,6 @@ struct Profile {
 // The first profile (families in table order, profiles by number) of an item class whose name
 // satisfies the test, or one with profile == nullptr.
 Profile FindProfile(uint32_t itemClass, bool (*test)(const std::string &name));
-Profile FindProfileNamed(uint32_t itemClass, const std::string &name);
 // The first profile of the class that is neither LPCM nor "Unknown".
 Profile FindOrdinaryProfile(uint32_t itemClass);
 
@@ -35,8 +34,5 @@ int WriteRows(sqlite3 *db, MdbItemBuildCtx &ctx, const std::string &sql);
 // when the text is well-formed and its prefixes are declared). Returns the texts of the elements
 // named qname ("dc:title"), in document order.
 std::vector<std::string> XmlTexts(const std::string &xml, const std::string &qname, std::string *error);
-
-// The element's text content ("" for none).
-std::string Text(IXML_Element *el);
 
 }  // namespace browsetest

@@ -76,15 +76,6 @@ TEST(FilterString, ExamplesSetTheBytesOfTheNamedProperties) {
     }
 }
 
-TEST(FilterString, EveryPropertyNameAloneSetsTheFirstEntryOfThatName) {
-    for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
-        const char *name = g_astDlnaCols[i].pcPropName;
-        FilterBytes bytes = ParseFilter(name);
-        ASSERT_NE(bytes, nullptr);
-        EXPECT_EQ(SetBytes(bytes.get()), std::set<uint32_t>{QRV_MDB_GetFilterIdx(name)}) << name;
-    }
-}
-
 TEST(SortCriteria, ExamplesGiveTheOrderByText) {
     ASSERT_STREQ(g_astDlnaCols[IndexOf("dc:title")].pcColName, "title");
     ASSERT_STREQ(g_astDlnaCols[IndexOf("dc:date")].pcColName, "date");

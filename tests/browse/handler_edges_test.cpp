@@ -17,7 +17,7 @@ using mdbtest::attr;
 
 const MdbStaticContainer *Node(const char *id) {
     const MdbStaticContainer *node = nullptr;
-    EXPECT_EQ(MdbLocateStaticContainerById(id, &node, nullptr), MDB_OK) << id;
+    EXPECT_STREQ(QRV_MDB_StatusName(MdbLocateStaticContainerById(id, &node, nullptr)), "MDB_OK") << id;
     return node;
 }
 

@@ -4,6 +4,7 @@
 #include "catalogue.h"
 
 #include "cds/item_writer.h"
+#include "server/mdb_server_shim.h"
 
 #include <mdb_platform.h>
 
@@ -104,13 +105,17 @@ TEST_F(ItemWriter, ObjectIdsFollowTheListingBaseOrTheRowClass) {
         ASSERT_GE(kids.size(), 2u) << c.why;
         EXPECT_EQ(kids[0], g_astDlnaCols[3].pcPropName) << c.why << ": the title comes first";
         EXPECT_EQ(kids[1], g_astDlnaCols[2].pcPropName) << c.why;
-        EXPECT_STREQ(ixmlNode_getNodeName(reinterpret_cast<IXML_Node *>(object)), c.row == plain ||
-                     c.row == musicAndVideo || c.row == videoAndPhoto || c.row == photoOnly ? "container" : "item")
+        // Folders are containers and carry container properties only; items the others.
+        const bool folder = c.row != track && c.row != video && c.row != photo;
+        EXPECT_STREQ(ixmlNode_getNodeName(reinterpret_cast<IXML_Node *>(object)), folder ? "container" : "item")
             << c.why;
+        EXPECT_EQ(mdbtest::children(object, "upnp:storageUsed").size(), folder ? 1u : 0u) << c.why;
+        EXPECT_EQ(mdbtest::childText(object, "dc:date"), folder ? "<none>" : "[Unknown]") << c.why;
     }
 }
 
 TEST_F(ItemWriter, ResourceUrlFollowsTheAddressFamily) {
+    MdbShimSetFileServerPorts(8200, 8206);
     const long long dotted = addItemOfClass(MDB_CLASS_MUSIC, "Song.Live.mp3");
     const long long bare = addItemOfClass(MDB_CLASS_MUSIC, "README");
     const std::string port4 = std::to_string(UpnpGetFileServerPort());
@@ -136,43 +141,33 @@ TEST_F(ItemWriter, ResourceUrlFollowsTheAddressFamily) {
         mdbtest::Action action;
         action->ulAddrFamily = c.family;
         IXML_Element *object = writeOne(action, c.row);
-        EXPECT_EQ(browsetest::Text(res(object)), c.url) << c.why;
+        EXPECT_EQ(mdbtest::childText(object, "res"), c.url) << c.why;
         EXPECT_EQ(attr(res(object), "importUri"), "<none>") << c.why;
     }
+    MdbShimSetFileServerPorts(9000, 9000);
 }
 
 TEST_F(ItemWriter, ProtocolInfoFromTheProfileLibraryAndTheFamily) {
-    struct Case {
-        const char *why;
-        Profile p;
+    const Profile lpcm = browsetest::FindProfile(MDB_CLASS_MUSIC, [](const std::string &n) { return n == "LPCM"; });
+    const Profile unknown = browsetest::FindProfile(MDB_CLASS_VIDEO, [](const std::string &n) { return n == "Unknown"; });
+    const Profile ordinary = profiles[0];
+    ASSERT_NE(lpcm.profile, nullptr);
+    ASSERT_NE(unknown.profile, nullptr);
+    auto head = [](const Profile &p) { return "http-get:*:" + std::string(p.profile->pcMimeType) + ":"; };
+    auto transfer = [](const Profile &p) {
+        const MdbTransferParams *t = g_astMediaClasses[(p.flags >> 8) & 255].pstTransfer;
+        return "DLNA.ORG_OP=" + std::string(t->pcOpValue) + ";DLNA.ORG_FLAGS=" + t->pcFlagsValue;
     };
-    auto lpcm = [](const std::string &n) { return n.rfind("LPCM", 0) == 0; };
-    auto unknown = [](const std::string &n) { return n == "Unknown"; };
-    std::vector<Case> cases = {{"LPCM", browsetest::FindProfile(MDB_CLASS_MUSIC, lpcm)},
-                               {"ordinary", profiles[0]}};
-    for (uint32_t cls : {MDB_CLASS_MUSIC, MDB_CLASS_VIDEO, MDB_CLASS_PICTURE}) {
-        if (browsetest::FindProfile(cls, unknown).profile != nullptr) {
-            cases.push_back({"Unknown", browsetest::FindProfile(cls, unknown)});
-            break;
-        }
-    }
-    ASSERT_EQ(cases.size(), 3u) << "the profile library has no \"Unknown\" profile";
-    for (const Case &c : cases) {
-        ASSERT_NE(c.p.profile, nullptr) << c.why;
-        const MdbTransferParams *t = g_astMediaClasses[(c.p.flags >> 8) & 255].pstTransfer;
-        const std::string mime = c.p.profile->pcMimeType, name = c.p.profile->pcProfileName;
-        const std::string expected =
-            c.why == std::string("LPCM")
-                ? "http-get:*:" + mime + ":DLNA.ORG_PN=" + name + ";DLNA.ORG_OP=01;DLNA.ORG_FLAGS=" +
-                      "01700000000000000000000000000000"
-            : c.why == std::string("Unknown")
-                ? "http-get:*:" + mime + ":DLNA.ORG_OP=" + t->pcOpValue + ";DLNA.ORG_FLAGS=" + t->pcFlagsValue
-                : "http-get:*:" + mime + ":DLNA.ORG_PN=" + name + ";DLNA.ORG_OP=" + t->pcOpValue +
-                      ";DLNA.ORG_FLAGS=" + t->pcFlagsValue;
+    const std::vector<std::pair<Profile, std::string>> cases = {
+        {lpcm, head(lpcm) + "DLNA.ORG_PN=LPCM;DLNA.ORG_OP=01;DLNA.ORG_FLAGS=01700000000000000000000000000000"},
+        {unknown, head(unknown) + transfer(unknown)},
+        {ordinary, head(ordinary) + "DLNA.ORG_PN=" + ordinary.profile->pcProfileName + ";" + transfer(ordinary)},
+    };
+    for (const auto &[profile, expected] : cases) {
         mdbtest::Action action;
-        IXML_Element *object = writeOne(action, add(static_cast<int32_t>(c.p.flags), name, "x.bin"));
-        EXPECT_EQ(attr(res(object), "protocolInfo"), expected) << c.why;
-        EXPECT_EQ(mdbtest::attrNames(res(object)).at(0), "protocolInfo") << c.why;
+        IXML_Element *object = writeOne(action, add(static_cast<int32_t>(profile.flags), "t", "x.bin"));
+        EXPECT_EQ(attr(res(object), "protocolInfo"), expected) << profile.profile->pcProfileName;
+        EXPECT_EQ(mdbtest::attrNames(res(object)).at(0), "protocolInfo") << profile.profile->pcProfileName;
     }
 }
 
@@ -217,16 +212,16 @@ TEST_F(ItemWriter, ImportUriWhileTheUploadNoteExists) {
     };
     for (const Case &c : cases) {
         mdbtest::Action action;
-        IXML_Element *resource = res(writeOne(action, c.row));
-        EXPECT_EQ(browsetest::Text(resource), c.url) << c.why;
+        IXML_Element *object = writeOne(action, c.row), *resource = res(object);
+        EXPECT_EQ(mdbtest::childText(object, "res"), c.url) << c.why;
         EXPECT_EQ(attr(resource, "importUri"), c.importUri) << c.why;
         EXPECT_EQ(mdbtest::attrNames(resource).at(0), "protocolInfo") << c.why;
     }
     QRV_MDB_DelUploadNote(open);
     QRV_MDB_DelUploadNote(restricted);
     mdbtest::Action action;
-    IXML_Element *resource = res(writeOne(action, open));
-    EXPECT_EQ(browsetest::Text(resource), base + "/web/mdb/" + o + ".mp3") << "upload finished";
+    IXML_Element *object = writeOne(action, open), *resource = res(object);
+    EXPECT_EQ(mdbtest::childText(object, "res"), base + "/web/mdb/" + o + ".mp3") << "upload finished";
     EXPECT_EQ(attr(resource, "importUri"), "<none>") << "upload finished";
 }
 

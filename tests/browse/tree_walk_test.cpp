@@ -74,7 +74,7 @@ protected:
             return Ids(id, ',', lib.itemsWith(category, std::stoll(sub), c.cls));
         }
         const MdbStaticContainer *n = nullptr;
-        EXPECT_EQ(MdbLocateStaticContainerById(id.c_str(), &n, nullptr), MDB_OK) << id;
+        EXPECT_STREQ(QRV_MDB_StatusName(MdbLocateStaticContainerById(id.c_str(), &n, nullptr)), "MDB_OK") << id;
         std::vector<std::string> out;
         for (uint16_t i = 0; n != nullptr && i < n->usChildNum; ++i) {
             out.push_back(id + "." + std::to_string(n->pstChildren[i].usId));
@@ -98,7 +98,7 @@ protected:
     void walk(const std::string &id, int depth) {
         ASSERT_LT(depth, 8) << id;
         mdbtest::Action action(true, 1000);
-        ASSERT_EQ(QRV_MDB_Browse(id.c_str(), 1, action.ctx()), MDB_OK) << id;
+        ASSERT_STREQ(QRV_MDB_StatusName(QRV_MDB_Browse(id.c_str(), 1, action.ctx())), "MDB_OK") << id;
         std::string xmlError;
         browsetest::XmlTexts(action.xml(), "dc:title", &xmlError);
         EXPECT_EQ(xmlError, "") << id;
@@ -119,7 +119,7 @@ protected:
             const std::string childId = attr(child, "id");
             const bool container = std::string(ixmlNode_getNodeName(reinterpret_cast<IXML_Node *>(child))) == "container";
             mdbtest::Action meta;
-            ASSERT_EQ(QRV_MDB_Browse(childId.c_str(), 0, meta.ctx()), MDB_OK) << childId;
+            ASSERT_STREQ(QRV_MDB_StatusName(QRV_MDB_Browse(childId.c_str(), 0, meta.ctx())), "MDB_OK") << childId;
             ASSERT_EQ(meta.objects().size(), 1u) << childId;
             EXPECT_EQ(meta->ulNumberReturned, 1u) << childId;
             EXPECT_EQ(meta->ulTotalMatches, 1u) << childId;
