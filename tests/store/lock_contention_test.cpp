@@ -111,22 +111,4 @@ TEST(LockContention, BusyBatchIsRunAgainFromItsFirstStatement) {
     EXPECT_EQ(catalogue.scalar("select count(*) from GENRES where name='held'"), "1");
 }
 
-// The store operations go through the runner too: an item added while the lock is held arrives.
-TEST(LockContention, StoreOperationWaitsInsteadOfFailing) {
-    mdbtest::Catalogue catalogue;
-    resetSleepCount();
-    LockHolder holder(catalogue.dbPath());
-    ASSERT_TRUE(holder.locked());
-
-    long long id = 0;
-    uint32_t status = QRV_MDB_DbAddItem(catalogue.db(), 0, 2, "Music", "/mnt/usb1_1", 0, "", 0, 0, 0, 0, 0, 0, "",
-                                        0, 0, 0, 0, 0, 0, 0, 0, 0, 0, &id);
-    holder.join();
-
-    EXPECT_STATUS(status, MDB_OK);
-    EXPECT_GT(id, 0);
-    EXPECT_EQ(catalogue.scalar("select fileName from ITEM where id=" + std::to_string(id)), "/mnt/usb1_1");
-    EXPECT_EQ(catalogue.scalar("select count(*) from GENRES where name='held'"), "1");
-}
-
 }  // namespace

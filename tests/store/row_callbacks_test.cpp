@@ -96,12 +96,6 @@ TEST_F(RowCallbacks, IdListCallbackAppendsAtTheCursor) {
     EXPECT_EQ(ids[3], -7);
 }
 
-TEST_F(RowCallbacks, NullArgumentDoesNothing) {
-    for (MdbRowCallback callback : {MdbGetCountCallback, MdbGetNameCallback, MdbGetIdCallback, MdbGetIdListCallback}) {
-        EXPECT_EQ(run("select 1 union all select 2", callback, nullptr), SQLITE_OK);
-    }
-}
-
 TEST(StatementRunner, ReportsSqliteResultCodes) {
     mdbtest::Catalogue catalogue;
     struct Case {
