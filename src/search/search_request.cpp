@@ -9,10 +9,6 @@
 #include <cstdio>
 #include <cstring>
 
-// TEMPORARY until the item writer lands on main.
-extern "C" int MdbBuildItemCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
-extern "C" int MdbBuildSearchCategoryCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
-
 namespace {
 
 constexpr uint32_t kContainerCopySize = 256;
