@@ -44,7 +44,7 @@ enum class Mode { kExistsTrue, kExistsFalse, kComparison };
  * joined by " or " (true) or, with "!=", by " and " (false), in parentheses. A set without any of
  * the three classes has no row: "(0)" when it must exist, "(1)" when it must not. */
 uint32_t ClassSetCondition(uint16_t usKind, bool bExists, char (&acCond)[kMdbConditionSize]) {
-    char acContent[kMdbConditionSize - 1] = "";
+    char acContent[kMdbConditionSize - 2] = "";  // room for the parentheses
     for (const ExistenceClass &stEntry : kExistenceClasses) {
         if ((usKind & stEntry.usBit) == 0) {
             continue;

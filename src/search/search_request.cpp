@@ -105,12 +105,12 @@ extern "C" MDB_API uint32_t QRV_MDB_Search(const char *pcContainerId, const char
     if (pstAction == nullptr) {
         return MDB_ERR_PARA;
     }
+    pstAction->ulTotalMatches = 0;
     char acCopy[kContainerCopySize] = "";
     if (pcContainerId != nullptr &&
         std::snprintf(acCopy, sizeof(acCopy), "%s", pcContainerId) >= static_cast<int>(sizeof(acCopy))) {
         return MDB_ERR_PARA;
     }
-    pstAction->ulTotalMatches = 0;
     MdbItemBuildCtx stBuild;
     std::memset(&stBuild, 0, sizeof(stBuild));
     stBuild.pstAction = pstAction;
