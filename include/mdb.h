@@ -305,20 +305,175 @@ MDB_API uint32_t QRV_MDB_Browse(const char *pcObjectId, uint32_t ulBrowseFlag, M
 /* ---------------------------------------------------------------------------------------------
  * Catalogue database: opening, busy policy, statement runner, shared row callbacks */
 
+/* The busy budget in milliseconds that every connection's busy handler reads; the openers set 80. */
+MDB_API extern int32_t g_mdbTimeout;
+
+/* Open the catalogue at pcPath, creating it if needed: a new file gets the schema script
+ * (/etc/create_db.sql) run as one batch; an existing file, even an empty one, is used unchanged.
+ * *plExisted (may be NULL) becomes 1 when the file existed, else 0. NULL on any failure. */
+MDB_API sqlite3 *QRV_MDB_DbInit(const char *pcPath, int *plExisted);
+/* Open an existing catalogue read-only; NULL (and "<path> read fail" on stdout) on failure. */
+MDB_API sqlite3 *QRV_MDB_DbInitReadOnly(const char *pcPath);
+/* Open read-write, creating an empty file without schema if needed; NULL (and "<path> open fail"
+ * on stdout) on failure. */
+MDB_API sqlite3 *QRV_MDB_DbInitReadWrite(const char *pcPath);
+
+/* Budget >= 1: store it in g_mdbTimeout and register MdbSqliteBusyCallback on pstDb. Budget <= 0:
+ * remove the busy handler, g_mdbTimeout unchanged. Returns 0. */
+MDB_API int32_t MdbSetBusyTimeout(sqlite3 *pstDb, int32_t lMillis);
+/* Busy handler: pvBudget points at the budget in ms, lCount counts earlier calls for this wait.
+ * Sleeps 10 ms and returns 1 while (lCount + 1) x 10 ms fits the budget, else returns 0. */
+MDB_API int MdbSqliteBusyCallback(void *pvBudget, int lCount);
+/* Run pcSql with sqlite3_exec, again at once for as long as it answers SQLITE_BUSY. Returns the
+ * SQLite result code (SQLITE_MISUSE for a NULL connection or text). */
+MDB_API int MdbExecSql(sqlite3 *pstDb, const char *pcSql, MdbRowCallback pfnCallback, void *pvArg,
+                       char **ppcErrMsg);
+
+/* Shared row callbacks: each converts column 0 of every row into *pvArg (nothing for NULL pvArg);
+ * the last row wins except for the list. */
+/* uint32_t *: strtoul of the value (SQL NULL: 0). */
+MDB_API int MdbGetCountCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+/* char[256]: the text, at most 255 characters and a NUL (SQL NULL: ""). */
+MDB_API int MdbGetNameCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+/* long long *: atoll of the value; SQL NULL stores -1. */
+MDB_API int MdbGetIdCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+/* long long ** (cursor): stores atoll of the value at the cursor and advances it; no bound check. */
+MDB_API int MdbGetIdListCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+
 /* ---------------------------------------------------------------------------------------------
  * Item records */
+
+/* Item records. Every operation returns MDB_ERR_PARA for a NULL connection, MDB_ERR_MEM when its
+ * SQL text cannot be formatted, MDB_ERR_DB when the statement fails, else MDB_OK. Texts are quoted
+ * with %q; a NULL date or lastModify is stored as SQLite's "(NULL)" text. */
+
+/* The template QRV_MDB_DbUpdateItemValues formats: the 23 values and the id, in column order. The
+ * server may point it at another template with the same 24 conversions. */
+MDB_API extern const char *mdb_updateitem_sql;
+
+/* Insert an ITEM row with the 23 values (title and file name required); *pllNewId (may be NULL)
+ * receives the id SQLite assigned. */
+MDB_API uint32_t QRV_MDB_DbAddItem(sqlite3 *pstDb, long long llParentId, int32_t lFlags,
+                                   const char *pcTitle, const char *pcFileName, long long llSize,
+                                   const char *pcDate, int32_t lBitsPerSample, long long llDuration,
+                                   int32_t lNrAudioChannels, long long llResolution,
+                                   int32_t lSampleFrequency, int32_t lBitrate,
+                                   const char *pcLastModify, int32_t lOriginalTrackNumber,
+                                   long long llActor, long long llAlbum, long long llArtist,
+                                   long long llAuthor, long long llCreator, long long llDirector,
+                                   long long llGenre, long long llProducer, long long llPublisher,
+                                   long long *pllNewId);
+/* Overwrite all values of row llId (not 0) through mdb_updateitem_sql; a missing row is no error. */
+MDB_API uint32_t QRV_MDB_DbUpdateItemValues(sqlite3 *pstDb, long long llParentId, int32_t lFlags,
+                                            const char *pcTitle, const char *pcFileName,
+                                            long long llSize, const char *pcDate,
+                                            int32_t lBitsPerSample, long long llDuration,
+                                            int32_t lNrAudioChannels, long long llResolution,
+                                            int32_t lSampleFrequency, int32_t lBitrate,
+                                            const char *pcLastModify, int32_t lOriginalTrackNumber,
+                                            long long llActor, long long llAlbum, long long llArtist,
+                                            long long llAuthor, long long llCreator,
+                                            long long llDirector, long long llGenre,
+                                            long long llProducer, long long llPublisher,
+                                            long long llId);
+/* Give row llId (not 0) a new parent, title and file name. */
+MDB_API uint32_t QRV_MDB_DbUpdateItemParentIDandName(sqlite3 *pstDb, long long llId,
+                                                     long long llParentId, const char *pcTitle,
+                                                     const char *pcFileName);
+/* Change row llId's (not 0) own id to *pllNewId; a NULL pointer or new id <= 0 runs nothing and
+ * returns MDB_OK. Failure prints "SQL executing [...] failed with code N." on stdout. */
+MDB_API uint32_t QRV_MDB_DbUpdateItem(sqlite3 *pstDb, long long llId, const long long *pllNewId);
+/* Delete row llId only (no children, no file). */
+MDB_API uint32_t QRV_MDB_DbDelItem(sqlite3 *pstDb, long long llId);
+/* Delete the direct children of folder llParentId. */
+MDB_API uint32_t QRV_MDB_DbDelSubItem(sqlite3 *pstDb, long long llParentId);
+/* Id of llParentId's child named pcFileName into *pllId (untouched when none); with a NULL name the
+ * smallest child id, or -1 when the folder has no children. */
+MDB_API uint32_t QRV_MDB_DbGetItemIdByName(sqlite3 *pstDb, long long llParentId,
+                                           const char *pcFileName, long long *pllId);
+/* Find or create the entry pcName (NULL is "") of lookup table pcTable; *pllId (required) receives
+ * its exID, or 0. MDB_ERR_PARA for a NULL or empty table name or a NULL pllId. */
+MDB_API uint32_t QRV_MDB_DbAddItemExtraInfo(sqlite3 *pstDb, long long *pllId, const char *pcTable,
+                                            const char *pcName);
 
 /* ---------------------------------------------------------------------------------------------
  * Item queries */
 
+/* Item queries: MDB_ERR_PARA for a NULL connection, MDB_ERR_DB when the select fails, else MDB_OK.
+ * A query that finds no row leaves the caller's storage as it was. */
+
+/* All ITEM ids as QRV_MDB_DbGetAllItemID found them (malloc'ed; the caller frees it), and their
+ * number. */
+MDB_API extern long long *g_pllIDArray;
+MDB_API extern uint32_t g_ulIDArrayCount;
+
+/* File name (cut to ulFileNameSize - 1 characters), flags and parent id of row llId; each output
+ * may be NULL. */
+MDB_API uint32_t QRV_MDB_GetItemInfo(sqlite3 *pstDb, long long llId, long long *pllParentId,
+                                     char *pcFileName, uint32_t ulFileNameSize, uint32_t *pulFlags);
+/* The whole row llId into *pstDetail (required); the record is cleared only when the row exists. */
+MDB_API uint32_t QRV_MDB_GetItemDetailInfo(sqlite3 *pstDb, long long llId, MdbItemDetail *pstDetail);
+/* Sample frequency and channel count of item llId, on g_pstMdbCtx (MDB_ERR_PARA when NULL). */
+MDB_API uint32_t QRV_MDB_GetChannelAndSampleFrequency(long long llId, uint32_t *pulSampleFrequency,
+                                                      uint32_t *pulChannels);
+/* Name of a genre, album or artist by id into a 256-byte buffer (untouched for an unknown id). */
+MDB_API uint32_t QRV_MDB_GetGenre(sqlite3 *pstDb, int32_t lId, char *pcName);
+MDB_API uint32_t QRV_MDB_GetAlbum(sqlite3 *pstDb, int32_t lId, char *pcName);
+MDB_API uint32_t QRV_MDB_GetArtist(sqlite3 *pstDb, int32_t lId, char *pcName);
+/* 1 when folder llId has no children or only children with flags 130, else 0 (also when no
+ * connection is open at g_pstMdbCtx or the query fails). */
+MDB_API int32_t QRV_MDB_IsFolderEmpty(long long llId);
+/* Count the ITEM rows into g_ulIDArrayCount and fill a new g_pllIDArray with their ids (an earlier
+ * array is not released). Ids added after the count are dropped. A count of 0 allocates nothing.
+ * Allocation failure: MDB_ERR_MEM, g_pllIDArray NULL, g_ulIDArrayCount 0. NULL connection: MDB_OK. */
+MDB_API uint32_t QRV_MDB_DbGetAllItemID(sqlite3 *pstDb);
+/* 1 when the DLNA view has at least ulExpected rows among the first three ITEM ids, else 0. */
+MDB_API int32_t QRV_MDB_DbDLNATest(sqlite3 *pstDb, uint32_t ulExpected);
+
 /* ---------------------------------------------------------------------------------------------
  * Root folders and folder flags */
+
+/* The root folders (rows with parentID 0) as QRV_MDB_DbGetRoots read them; owned by the library. */
+MDB_API extern MdbRootPath *g_pstRootPaths;
+MDB_API extern uint32_t g_ulRootPathNum;
+
+/* Release the root list and read it anew. No roots: MDB_OK and no list. MDB_ERR_MEM when the list
+ * cannot be allocated (no list); MDB_ERR_DB when a statement fails. */
+MDB_API uint32_t QRV_MDB_DbGetRoots(sqlite3 *pstDb);
+/* Add ulBits to folder llId's flags unless (flags AND ulBits) is already greater than 1. */
+MDB_API uint32_t QRV_MDB_UpdateFolderFlags(sqlite3 *pstDb, long long llId, uint32_t ulBits);
+/* Replace the whole flags word of row llId. */
+MDB_API uint32_t QRV_MDB_SetFolderFlags(sqlite3 *pstDb, long long llId, int32_t lFlags);
+/* Point the plain folder rows (flags 2) that share pcNewRoot's beginning (up to the device number
+ * before the last '_' of its first component below pcBase) and its ending (from that '_'), and whose
+ * directory no longer exists, at pcNewRoot. Only strlen(pcBase) is used. MDB_OK and nothing done
+ * when pcNewRoot is not longer than pcBase; MDB_ERR_PARA when NULL or the component has no '_'. */
+MDB_API uint32_t QRV_MDB_ReplaceRoot(sqlite3 *pstDb, const char *pcBase, const char *pcNewRoot);
 
 /* ---------------------------------------------------------------------------------------------
  * Database file copy */
 
+/* Copy pcSource byte for byte onto pcTarget. MDB_ERR_PARA for a NULL path or the same path text;
+ * MDB_ERR_FAIL when a file cannot be opened ("Caution: ..." on stdout) or a write is short (perror). */
+MDB_API uint32_t QRV_MDB_Copyfile(const char *pcTarget, const char *pcSource);
+
 /* ---------------------------------------------------------------------------------------------
  * Upload notes */
+
+/* The pending uploads in creation order (NULL when none). Not locked: one thread at a time. */
+MDB_API extern MdbUploadNote *g_pstUploadList;
+
+/* Append a waiting note for llObjectId, stamped with the sysinfo uptime. 0, or -1 when it cannot
+ * be allocated (the list is then unchanged). */
+MDB_API int32_t QRV_MDB_AddUploadNote(long long llObjectId);
+/* Remove the first note for llObjectId, if any. Always 0. */
+MDB_API int32_t QRV_MDB_DelUploadNote(long long llObjectId);
+/* 0 when a note for llObjectId exists (waiting or disabled), else -1. */
+MDB_API int32_t QRV_MDB_FindUploadNote(long long llObjectId);
+/* Disable the first note for llObjectId (never timed out, still found): 0, or -1 when none. */
+MDB_API int32_t QRV_MDB_DisableUploadNote(long long llObjectId);
+/* Drop every note, deleting each note's ITEM row on g_pstMdbCtx (failures ignored). Always 0. */
+MDB_API int32_t QRV_MDB_FreeUploadList(void);
 
 /* ---------------------------------------------------------------------------------------------
  * Search */

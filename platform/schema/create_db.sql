@@ -86,7 +86,7 @@ CREATE VIEW DLNA AS SELECT
   (SELECT name FROM ARTISTS WHERE exID = ITEM.exID_ARTIST)       AS artist,    -- 17
   ITEM.exID_ALBUM          AS album_id,            -- 18
   (SELECT name FROM ALBUMS WHERE exID = ITEM.exID_ALBUM)         AS album,     -- 19
-  ((ITEM.flags & 128) != 0) AS restricted,         -- 20
+  CAST((ITEM.flags & 128) != 0 AS INTEGER) AS restricted, -- 20: 1 for restricted objects
   ITEM.fileName            AS fileName,            -- 21
   (SELECT name FROM CREATORS WHERE exID = ITEM.exID_CREATOR)     AS creator,   -- 22
   (SELECT name FROM ACTORS WHERE exID = ITEM.exID_ACTOR)         AS actor,     -- 23
@@ -94,5 +94,7 @@ CREATE VIEW DLNA AS SELECT
   (SELECT name FROM DIRECTORS WHERE exID = ITEM.exID_DIRECTOR)   AS director,  -- 25
   (SELECT name FROM PRODUCERS WHERE exID = ITEM.exID_PRODUCER)   AS producer,  -- 26
   (SELECT name FROM PUBLISHERS WHERE exID = ITEM.exID_PUBLISHER) AS publisher, -- 27
-  ITEM.flags               AS protocolInfo         -- 28: the profile id; sorting by it groups formats
+  ITEM.flags               AS protocolInfo,        -- 28: the profile id; sorting by it groups formats
+  'STANDARD'               AS recordQuality,       -- 29: upnp:recordQuality of every item
+  (ITEM.flags & 127)       AS class                -- 30: the class number; sorting by it groups classes
 FROM ITEM;
