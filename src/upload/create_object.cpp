@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string>
 
 namespace {
 
@@ -170,8 +171,11 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
     }
     char acBase[256];
     FormatUrlBase(pstObj->ulAddrFamily, acBase, sizeof acBase);
+    // The import URL is cut at 127 characters, the size of the answer's buffer.
+    const std::string importUri = std::string(acBase) + "/web/upload/" + std::to_string(llNewId) + "." +
+                                  pstObj->pcSuffix;
     char acImportUri[128];
-    snprintf(acImportUri, sizeof acImportUri, "%s/web/upload/%lld.%s", acBase, llNewId, pstObj->pcSuffix);
+    snprintf(acImportUri, sizeof acImportUri, "%s", importUri.c_str());
     ixmlElement_setAttribute(pstRes, "importUri", acImportUri);
 }
 

@@ -7,7 +7,7 @@
 #include "upload_catalogue.h"
 
 #include <mdb_platform.h>
-#include <mdb_server_shim.h>
+#include "server/mdb_server_shim.h"
 
 #include <gtest/gtest.h>
 
@@ -240,7 +240,10 @@ TEST_F(CreateObjectTest, ReplacesAnEarlierObjectOfTheSameFileName) {
         if (!c.stillPending) {
             QRV_MDB_DelUploadNote(firstId);
         }
+        // A later row, so that SQLite cannot hand the deleted row's id out again.
+        up.cat().addFolder(up.uploadId(), std::string("after ") + c.what);
         const long long rowsBefore = up.rowCount();
+        const size_t notesBefore = mdbtest::noteCount();
 
         NewObjectRequest second(music(c.what).text());
         ASSERT_EQ(create(second), 0u) << c.what;
@@ -250,6 +253,8 @@ TEST_F(CreateObjectTest, ReplacesAnEarlierObjectOfTheSameFileName) {
         EXPECT_EQ(QRV_MDB_FindUploadNote(firstId), -1) << c.what;
         EXPECT_EQ(QRV_MDB_FindUploadNote(secondId), 0) << c.what;
         EXPECT_EQ(up.rowCount(), rowsBefore) << c.what;
+        EXPECT_EQ(mdbtest::noteCount(), notesBefore + (c.stillPending ? 0 : 1)) << c.what;
+        EXPECT_EQ(up.cat().scalar(std::string("select count(*) from ITEM where fileName='") + c.what + ".mp3'"), "1");
         EXPECT_EQ(fakeclock::sleeps(), c.sleeps) << c.what;
         EXPECT_EQ(mdbtest::readFile(file), "old") << c.what << ": the earlier file stays for the new upload";
     }
@@ -269,6 +274,7 @@ TEST_F(CreateObjectTest, RetriesAFailedAddOnceAfterTwoSeconds) {
             fakeclock::onSleep([this](unsigned) { up.cat().exec("DROP TRIGGER refuse_add"); });
         }
         const long long rowsBefore = up.rowCount();
+        const size_t notesBefore = mdbtest::noteCount();
         NewObjectRequest r(music(c.what).text());
         EXPECT_EQ(create(r), c.result) << c.what;
         EXPECT_EQ(fakeclock::sleeps(), std::vector<unsigned>{2}) << c.what;
@@ -281,7 +287,7 @@ TEST_F(CreateObjectTest, RetriesAFailedAddOnceAfterTwoSeconds) {
             EXPECT_EQ(up.rowCount(), rowsBefore) << c.what;
             EXPECT_EQ(r->pcObjectId, nullptr) << c.what;
             EXPECT_TRUE(r.answerObjects().empty()) << c.what;
-            EXPECT_EQ(g_pstUploadList, nullptr) << c.what;
+            EXPECT_EQ(mdbtest::noteCount(), notesBefore) << c.what;
             EXPECT_EQ(MdbShimNotifyCount(), 0u) << c.what;
         }
         EXPECT_EQ(up.cat().scalar("select count(*) from sqlite_master where name='refuse_add'"), "0");

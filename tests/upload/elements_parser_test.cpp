@@ -31,7 +31,7 @@ TEST(ExtractValue, FindsTheTextBetweenTheFirstStartMarkerAndTheNextEndMarker) {
     const ExtractCase cases[] = {
         {"attribute", "<res size=\"42\">", "size=\"", "\"", 512, 1, 0, "42"},
         {"first occurrence wins", "a size=\"1\" b size=\"2\"", "size=\"", "\"", 512, 1, 0, "1"},
-        {"longer name ending in the marker", "fileSize=\"7\"", "size=\"", "\"", 512, 1, 0, "7"},
+        {"longer name ending in the marker", "filesize=\"7\"", "size=\"", "\"", 512, 1, 0, "7"},
         {"element", "<dc:title>My Song</dc:title>", "<dc:title>", "</dc:title>", 512, 1, 0, "My Song"},
         {"nested start marker is kept", "<dc:title><dc:title>x</dc:title></dc:title>", "<dc:title>",
          "</dc:title>", 512, 1, 0, "<dc:title>x"},

@@ -32,6 +32,14 @@ void UploadCatalogue::setSize(long long id, long long size) {
     m_cat.exec("update ITEM set size=" + std::to_string(size) + " where id=" + std::to_string(id));
 }
 
+size_t noteCount() {
+    size_t count = 0;
+    for (const MdbUploadNote *note = g_pstUploadList; note != nullptr && count < 100000; note = note->pstNext) {
+        ++count;
+    }
+    return count;
+}
+
 std::string ItemDescription::text() const {
     std::string s = "<DIDL-Lite xmlns=\"urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/\" "
                     "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "

@@ -41,6 +41,9 @@ private:
     long long m_uploadId = 0;
 };
 
+// Number of notes in g_pstUploadList.
+size_t noteCount();
+
 // The Elements text of one item. Every part can be changed; the optional ones are left out
 // while unset, and the required ones are left out when set to std::nullopt.
 struct ItemDescription {

@@ -6,7 +6,7 @@
 #include "upload_catalogue.h"
 
 #include <mdb_platform.h>
-#include <mdb_server_shim.h>
+#include "server/mdb_server_shim.h"
 
 #include <gtest/gtest.h>
 
