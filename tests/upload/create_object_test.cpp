@@ -306,16 +306,11 @@ TEST_F(CreateObjectTest, RefusesUnsafeTitlesAndOtherClassesBeforeTouchingAnythin
         std::string title;
         int classNumber;  // -1: as parsed
     } cases[] = {
+        // (hostile_elements_test.cpp runs the whole list of unsafe titles through parse and create)
         {"slash", "a/b", -1},
-        {"parent path", "../../etc/passwd", -1},
-        {"backslash", "a\\b", -1},
-        {"dot", ".", -1},
         {"dot dot", "..", -1},
         {"hidden file", ".song", -1},
-        {"line feed", "so\nng", -1},
-        {"tab", "so\tng", -1},
         {"escape", "\x1b[31m", -1},
-        {"delete", "so\x7fng", -1},
         {"class 0", "song", 0},
         {"folder class", "song", static_cast<int>(MDB_CLASS_FOLDER)},
         {"container class 10", "song", 10},

@@ -291,19 +291,4 @@ TEST(ParseElements, RefusesAMissingRecordOrElements) {
     EXPECT_EQ(o.pcParentId, nullptr);
 }
 
-TEST(ParseElements, NeverChangesTheServersFields) {
-    ItemDescription d;
-    NewObjectRequest r(d.text(), 10);
-    MdbNewObject before = *r.obj();
-    ASSERT_EQ(r.parse(), 0u);
-    EXPECT_EQ(r->pcContainerId, before.pcContainerId);
-    EXPECT_EQ(r->pcElements, before.pcElements);
-    EXPECT_EQ(r->ulAddrFamily, 10u);
-    EXPECT_EQ(r->pstDoc, before.pstDoc);
-    EXPECT_EQ(r->pstDidlRoot, before.pstDidlRoot);
-    EXPECT_EQ(r->pstItem, nullptr);
-    EXPECT_EQ(r->pstRes, nullptr);
-    EXPECT_EQ(r->pcObjectId, nullptr);
-}
-
 }  // namespace

@@ -143,25 +143,4 @@ TEST(HostileElements, NeverWriteARowOrFileTheyShouldNot) {
     EXPECT_EQ(up.cat().scalar("select count(*) from sqlite_master where name='ITEM'"), "1");
 }
 
-TEST(HostileElements, KeepTitlesAndProtocolInfoAsWrittenWithinTheirBuffers) {
-    fakeclock::Scope clock;
-    UploadCatalogue up;
-    const struct {
-        std::string title;
-        std::string storedTitle;
-    } cases[] = {
-        {"x'); DROP TABLE ITEM; --", "x'); DROP TABLE ITEM; --"},
-        {"%s%s%n%lld%q", "%s%s%n%lld%q"},
-        {"&lt;&amp;&gt;", "&lt;&amp;&gt;"},
-    };
-    for (const auto &c : cases) {
-        NewObjectRequest request(titled(c.title).text());
-        ASSERT_EQ(request.parse(), 0u) << c.title;
-        ASSERT_EQ(request.create(), 0u) << c.title;
-        EXPECT_EQ(up.column(request.createdId(), "title"), c.storedTitle);
-        EXPECT_EQ(up.column(request.createdId(), "fileName"), c.storedTitle + ".mp3");
-    }
-    QRV_MDB_FreeUploadList();
-}
-
 }  // namespace
