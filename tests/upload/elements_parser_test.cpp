@@ -243,7 +243,9 @@ TEST(ParseElements, TakesMimeTypeAndProfileNameFromProtocolInfo) {
         {"http-get:*:audio/mpeg:*", "audio/mpeg", ""},
         {"http-get:*:image/jpeg:DLNA.ORG_PN=JPEG_LRG", "image/jpeg", "JPEG_LRG"},
         {"http-get:*:image/jpeg:DLNA.ORG_OP=01;DLNA.ORG_PN=JPEG_TN", "image/jpeg", "JPEG_TN"},
+        {"http-get:*:image/jpeg:DLNA.ORG_PN=JPEG_MED;DLNA.ORG_OP=01", "image/jpeg", "JPEG_MED"},
         {"http-get:*:image/jpeg;charset=x:DLNA.ORG_PN=JPEG_SM", "image/jpeg", "JPEG_SM"},
+        {"http-get:*:image/png;x=1:DLNA.ORG_OP=01", "image/png", ""},
         {"http-get:*:audio/L16;rate=44100;channels=2:DLNA.ORG_PN=LPCM", "audio/L16", "LPCM"},
         {"http-get:*:video/mpeg:DLNA.ORG_PN=MPEG_PS_PAL", "video/mpeg", "MPEG_PS_PAL"},
     };
