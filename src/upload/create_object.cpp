@@ -14,10 +14,8 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <string>
 
 namespace {
 
@@ -171,11 +169,9 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
     }
     char acBase[256];
     FormatUrlBase(pstObj->ulAddrFamily, acBase, sizeof acBase);
-    // The import URL is cut at 127 characters, the size of the answer's buffer.
-    const std::string importUri = std::string(acBase) + "/web/upload/" + std::to_string(llNewId) + "." +
-                                  pstObj->pcSuffix;
+    // The import URL is cut at 127 characters, the size of its buffer.
     char acImportUri[128];
-    snprintf(acImportUri, sizeof acImportUri, "%s", importUri.c_str());
+    snprintf(acImportUri, sizeof acImportUri, "%s/web/upload/%lld.%s", acBase, llNewId, pstObj->pcSuffix);
     ixmlElement_setAttribute(pstRes, "importUri", acImportUri);
 }
 
