@@ -1,14 +1,21 @@
 // Upload fixtures; see upload_catalogue.h.
 #include "upload_catalogue.h"
 
-#include <gtest/gtest.h>
+#include "fakes.h"
+
+#include <mdb_platform.h>
+#include "server/mdb_server_shim.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 namespace mdbtest {
 
 UploadCatalogue::UploadCatalogue(bool withUploadFolder) {
+    fake::reset();
+    MdbShimSetFileServerPorts(8200, 8206);
+    MdbShimResetNotifications();
     m_rootDir = m_cat.dir().mkdir("media");
     m_rootId = m_cat.addFolder(0, m_rootDir);
     m_uploadId = m_rootId;
@@ -17,6 +24,8 @@ UploadCatalogue::UploadCatalogue(bool withUploadFolder) {
         m_uploadId = m_cat.addFolder(m_rootId, "upload");
     }
 }
+
+UploadCatalogue::~UploadCatalogue() { QRV_MDB_FreeUploadList(); }
 
 long long UploadCatalogue::rowCount() { return std::atoll(m_cat.scalar("select count(*) from ITEM").c_str()); }
 
@@ -28,8 +37,24 @@ std::string UploadCatalogue::column(long long id, const std::string &name) {
     return m_cat.scalar("select " + name + " from ITEM where id=" + std::to_string(id));
 }
 
-void UploadCatalogue::setSize(long long id, long long size) {
-    m_cat.exec("update ITEM set size=" + std::to_string(size) + " where id=" + std::to_string(id));
+long long UploadCatalogue::addRow(long long parent, const std::string &name, uint32_t flags) {
+    ItemValues v;
+    v.parentId = parent;
+    v.flags = static_cast<int32_t>(flags);
+    v.title = v.fileName = name;
+    return m_cat.addItem(v);
+}
+
+long long UploadCatalogue::addUpload(const std::string &name, uint32_t extraFlags) {
+    const long long id = addRow(m_uploadId, name, mp3Flags() | extraFlags);
+    m_cat.dir().write("media/upload/" + name, "audio bytes");
+    QRV_MDB_AddUploadNote(id);
+    return id;
+}
+
+uint32_t mp3Flags() {
+    const char *suffix = nullptr;
+    return QRV_MDB_PNtoFix("audio/mpeg", "MP3", &suffix);
 }
 
 size_t noteCount() {
@@ -41,41 +66,19 @@ size_t noteCount() {
 }
 
 std::string ItemDescription::text() const {
-    std::string s = "<DIDL-Lite xmlns=\"urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/\" "
-                    "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" "
-                    "xmlns:upnp=\"urn:schemas-upnp-org:metadata-1-0/upnp/\" "
-                    "xmlns:dlna=\"urn:schemas-dlna-org:metadata-1-0/\"><item id=\"\"";
-    if (parentId) {
-        s += " parentID=\"" + *parentId + "\"";
-    }
-    if (restricted) {
-        s += " restricted=\"" + *restricted + "\"";
-    }
-    if (managed) {
-        s += " dlna:dlnaManaged=\"" + *managed + "\"";
-    }
-    s += ">";
-    if (title) {
-        s += "<dc:title>" + *title + "</dc:title>";
-    }
-    if (date) {
-        s += "<dc:date>" + *date + "</dc:date>";
-    }
-    if (upnpClass) {
-        s += "<upnp:class>" + *upnpClass + "</upnp:class>";
-    }
-    s += "<res";
-    if (protocolInfo) {
-        s += " protocolInfo=\"" + *protocolInfo + "\"";
-    }
-    if (size) {
-        s += " size=\"" + *size + "\"";
-    }
-    if (ifoFileUri) {
-        s += " dlna:ifoFileURI=\"" + *ifoFileUri + "\"";
-    }
-    s += "></res></item></DIDL-Lite>";
-    return s;
+    auto attribute = [](const char *name, const std::optional<std::string> &value) {
+        return value ? std::string(" ") + name + "=\"" + *value + "\"" : std::string();
+    };
+    auto element = [](const char *name, const std::optional<std::string> &value) {
+        return value ? std::string("<") + name + ">" + *value + "</" + name + ">" : std::string();
+    };
+    return "<DIDL-Lite xmlns=\"urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/\" "
+           "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:upnp=\"urn:schemas-upnp-org:metadata-1-0/upnp/\" "
+           "xmlns:dlna=\"urn:schemas-dlna-org:metadata-1-0/\"><item id=\"\"" +
+           attribute("parentID", parentId) + attribute("restricted", restricted) +
+           attribute("dlna:dlnaManaged", managed) + ">" + element("dc:title", title) + element("dc:date", date) +
+           element("upnp:class", upnpClass) + "<res" + attribute("protocolInfo", protocolInfo) +
+           attribute("size", size) + attribute("dlna:ifoFileURI", ifoFileUri) + "></res></item></DIDL-Lite>";
 }
 
 NewObjectRequest::NewObjectRequest(const std::string &elements, uint32_t addrFamily, const std::string &containerId)
@@ -110,31 +113,33 @@ void NewObjectRequest::keepTexts() {
 }
 
 uint32_t NewObjectRequest::parse() {
-    uint32_t status = QRV_MDB_ParseElements(&m_obj);
+    const uint32_t status = QRV_MDB_ParseElements(&m_obj);
     keepTexts();
     return status;
 }
 
 uint32_t NewObjectRequest::create() {
     keepTexts();
-    uint32_t status = QRV_MDB_CreateObject(&m_obj);
+    const uint32_t status = QRV_MDB_CreateObject(&m_obj);
     keepTexts();
     return status;
 }
 
 long long NewObjectRequest::createdId() const {
-    const std::string id = m_obj.pcObjectId != nullptr ? m_obj.pcObjectId : "";
-    const size_t bar = id.find('|');
-    return bar == std::string::npos ? -1 : std::atoll(id.c_str() + bar + 1);
+    const char *bar = m_obj.pcObjectId != nullptr ? strchr(m_obj.pcObjectId, '|') : nullptr;
+    return bar != nullptr ? std::atoll(bar + 1) : -1;
 }
 
-std::vector<IXML_Element *> NewObjectRequest::answerObjects() const {
-    std::vector<IXML_Element *> out;
+std::string NewObjectRequest::answerXml() const {
+    std::string out;
     for (IXML_Node *n = ixmlNode_getFirstChild(reinterpret_cast<IXML_Node *>(m_root)); n != nullptr;
          n = ixmlNode_getNextSibling(n)) {
-        if (ixmlNode_getNodeType(n) == eELEMENT_NODE) {
-            out.push_back(reinterpret_cast<IXML_Element *>(n));
-        }
+        DOMString text = ixmlNodetoString(n);
+        out += text != nullptr ? text : "<unprintable>";
+        ixmlFreeDOMString(text);
+    }
+    for (size_t at = out.find("\r\n"); at != std::string::npos; at = out.find("\r\n", at)) {
+        out.erase(at, 2);  // the line ends ixml puts behind closing tags
     }
     return out;
 }

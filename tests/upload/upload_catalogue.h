@@ -13,14 +13,16 @@
 
 namespace mdbtest {
 
-// A catalogue with one root folder row (fileName = a real directory in the scratch folder) and,
-// unless told otherwise, a folder row "upload" below it with its directory.
+// One test's upload world: the catalogue with its root folder row (fileName = a real directory)
+// and, unless told otherwise, the folder row "upload" below it with its directory; the fakes are
+// reset and the file server ports are 8200 (IPv4) and 8206 (IPv6). Going, it drops every upload
+// note with its row (QRV_MDB_FreeUploadList).
 class UploadCatalogue {
 public:
     explicit UploadCatalogue(bool withUploadFolder = true);
+    ~UploadCatalogue();
 
     Catalogue &cat() { return m_cat; }
-    sqlite3 *db() const { return m_cat.db(); }
     long long rootId() const { return m_rootId; }
     // The upload folder's row id (the root's when there is none).
     long long uploadId() const { return m_uploadId; }
@@ -29,10 +31,13 @@ public:
 
     long long rowCount();
     bool hasRow(long long id);
-    // One column of row id as text ("" when there is no row, "NULL" for SQL NULL).
+    // One column of row id as text ("" when there is no row).
     std::string column(long long id, const std::string &name);
-    // Sets the row's size, as the media server does once the file is complete.
-    void setSize(long long id, long long size);
+    // A row below parent named name (title and fileName) with the given flags.
+    long long addRow(long long parent, const std::string &name, uint32_t flags);
+    // An MP3 upload in progress: its row below the upload folder (MP3 flags | extraFlags), its file
+    // in the upload directory and a waiting note made at the current uptime.
+    long long addUpload(const std::string &name, uint32_t extraFlags = 0);
 
 private:
     Catalogue m_cat;
@@ -41,28 +46,27 @@ private:
     long long m_uploadId = 0;
 };
 
+// The flags word the profile library gives an MP3 file.
+uint32_t mp3Flags();
 // Number of notes in g_pstUploadList.
 size_t noteCount();
 
-// The Elements text of one item. Every part can be changed; the optional ones are left out
-// while unset, and the required ones are left out when set to std::nullopt.
+// The Elements text of one item. The optional parts are left out while unset, the required ones
+// when set to std::nullopt.
 struct ItemDescription {
     std::optional<std::string> parentId = "0.1.264|2";
     std::optional<std::string> restricted = "0";
     std::optional<std::string> title = "song";
     std::optional<std::string> upnpClass = "object.item.audioItem.musicTrack";
     std::optional<std::string> protocolInfo = "http-get:*:audio/mpeg:DLNA.ORG_PN=MP3";
-    std::optional<std::string> date;
-    std::optional<std::string> size;
-    std::optional<std::string> managed;
-    std::optional<std::string> ifoFileUri;
+    std::optional<std::string> date, size, managed, ifoFileUri;
 
     std::string text() const;
 };
 
-// An MdbNewObject with its ContainerID, Elements, address family and an answer document holding
-// an empty DIDL-Lite root. Everything the parse and CreateObject store (also texts they replace)
-// is freed with the request, and so is the document.
+// An MdbNewObject with ContainerID, Elements, address family and an answer document holding an
+// empty DIDL-Lite root. Every text the parse and CreateObject store (also the texts CreateObject
+// replaces, and any a test puts in) is freed with the request, and so is the document.
 class NewObjectRequest {
 public:
     explicit NewObjectRequest(const std::string &elements, uint32_t addrFamily = 2,
@@ -77,9 +81,8 @@ public:
     uint32_t create();
     // The row id behind the '|' of the created object's id, or -1 before a successful create.
     long long createdId() const;
-    // The answer's DIDL-Lite root as the server made it, and the objects under it.
-    IXML_Element *root() const { return m_root; }
-    std::vector<IXML_Element *> answerObjects() const;
+    // What CreateObject appended under the DIDL-Lite root the server made, serialised on one line.
+    std::string answerXml() const;
 
 private:
     void keepTexts();

@@ -1,5 +1,5 @@
 // Upload completion and the 35-second time-out, with the uptime under the test's control.
-#include "fake_clock.h"
+#include "fakes.h"
 #include "upload_catalogue.h"
 
 #include <mdb_platform.h>
@@ -11,157 +11,100 @@
 namespace {
 
 using mdbtest::fileExists;
-using mdbtest::ItemValues;
 using mdbtest::UploadCatalogue;
-namespace fakeclock = mdbtest::fakeclock;
+namespace fake = mdbtest::fake;
 
 TEST(CheckUploadComplete, AnswersFromTheRowsSize) {
+    EXPECT_EQ(QRV_MDB_CheckUploadComplete(1), 0) << "no catalogue";
     UploadCatalogue up;
-    auto item = [&](long long size) {
-        ItemValues v;
-        v.parentId = up.uploadId();
-        v.flags = static_cast<int32_t>(MDB_CLASS_MUSIC);
-        v.title = v.fileName = "size " + std::to_string(size);
-        v.size = size;
-        return up.cat().addItem(v);
-    };
     const struct {
         const char *what;
-        long long id;
+        long long size;
         int32_t result;
-    } cases[] = {
-        {"no row", 555555, 0},
-        {"size 0", item(0), 0},
-        {"size 1", item(1), 1},
-        {"only the upper 32 bits set", item(1LL << 32), 1},
-        {"above 4 GiB", item(5000000000LL), 1},
-    };
+    } cases[] = {{"size 0", 0, 0}, {"size 1", 1, 1}, {"only the upper 32 bits set", 1LL << 32, 1}};
     for (const auto &c : cases) {
-        EXPECT_EQ(QRV_MDB_CheckUploadComplete(c.id), c.result) << c.what;
+        const long long id = up.addUpload(c.what);
+        up.cat().exec("update ITEM set size=" + std::to_string(c.size) + " where id=" + std::to_string(id));
+        EXPECT_EQ(QRV_MDB_CheckUploadComplete(id), c.result) << c.what;
     }
-    const long long pending = item(0);
-    up.setSize(pending, 4096);
-    EXPECT_EQ(QRV_MDB_CheckUploadComplete(pending), 1) << "the server set the size";
+    EXPECT_EQ(QRV_MDB_CheckUploadComplete(555555), 0) << "no row";
 }
 
-TEST(CheckUploadComplete, Answers0WithoutCatalogue) {
-    ASSERT_EQ(g_pstMdbCtx, nullptr);
-    EXPECT_EQ(QRV_MDB_CheckUploadComplete(1), 0);
+// Runs the time-out check at the given uptime; its result and what it printed.
+std::pair<int32_t, std::string> checkAt(long uptime) {
+    fake::setUptime(uptime);
+    testing::internal::CaptureStdout();
+    const int32_t result = QRV_MDB_AutoDestroyObject();
+    return {result, testing::internal::GetCapturedStdout()};
 }
 
-class AutoDestroyTest : public testing::Test {
-protected:
-    void TearDown() override { QRV_MDB_FreeUploadList(); }
+std::string timedOut(long long id) { return "35 second time out, auto destory item:" + std::to_string(id) + "\n"; }
 
-    // An uploaded music file (row, file, note) whose note is made at the given uptime.
-    long long upload(const std::string &name, long startUptime, int32_t extraFlags = 0) {
-        ItemValues v;
-        v.parentId = up.uploadId();
-        v.flags = static_cast<int32_t>(MDB_CLASS_MUSIC) | extraFlags;
-        v.title = v.fileName = name;
-        const long long id = up.cat().addItem(v);
-        up.cat().dir().write("media/upload/" + name, "bytes");
-        fakeclock::setUptime(startUptime);
-        EXPECT_EQ(QRV_MDB_AddUploadNote(id), 0);
-        return id;
-    }
-    // Runs the check at the given uptime; returns its result and what it printed.
-    std::pair<int32_t, std::string> checkAt(long uptime) {
-        fakeclock::setUptime(uptime);
-        testing::internal::CaptureStdout();
-        const int32_t result = QRV_MDB_AutoDestroyObject();
-        return {result, testing::internal::GetCapturedStdout()};
-    }
-    bool intact(long long id, const std::string &name) {
-        return up.hasRow(id) && fileExists(up.uploadDir() + "/" + name) && QRV_MDB_FindUploadNote(id) == 0;
-    }
-    bool gone(long long id, const std::string &name) {
-        return !up.hasRow(id) && !fileExists(up.uploadDir() + "/" + name) && QRV_MDB_FindUploadNote(id) == -1;
-    }
+// Row, file and note of an upload made with UploadCatalogue::addUpload.
+bool intact(UploadCatalogue &up, long long id) {
+    return up.hasRow(id) && fileExists(up.uploadDir() + "/" + up.column(id, "fileName")) &&
+           QRV_MDB_FindUploadNote(id) == 0;
+}
 
-    fakeclock::Scope clock;
+// (The 34 and 35 second cases are in the upload story.)
+TEST(AutoDestroyObject, TakesTheAgeAsASigned32BitDifference) {
     UploadCatalogue up;
-};
-
-TEST_F(AutoDestroyTest, DoesNothingWithoutNotesAndDoesNotReadTheClock) {
-    EXPECT_EQ(checkAt(100000).first, 0);
-    EXPECT_EQ(fakeclock::sysinfoCalls(), 0);
-}
-
-TEST_F(AutoDestroyTest, DestroysAWaitingObjectAfter35SecondsNotBefore) {
-    const long long id = upload("late.mp3", 1000);
-    const struct {
-        long uptime;
-        bool destroyed;
-    } steps[] = {{1000, false}, {1034, false}, {1035, true}};
-    for (const auto &s : steps) {
-        const auto [result, out] = checkAt(s.uptime);
-        EXPECT_EQ(result, 0) << s.uptime;
-        if (s.destroyed) {
-            EXPECT_EQ(out, "35 second time out, auto destory item:" + std::to_string(id) + "\n") << s.uptime;
-            EXPECT_TRUE(gone(id, "late.mp3")) << s.uptime;
-        } else {
-            EXPECT_EQ(out, "") << s.uptime;
-            EXPECT_TRUE(intact(id, "late.mp3")) << s.uptime;
-        }
-    }
-    EXPECT_EQ(g_pstUploadList, nullptr);
-}
-
-TEST_F(AutoDestroyTest, DestroysOneObjectPerCallOldestFirst) {
-    const long long older = upload("older.mp3", 100);
-    const long long newer = upload("newer.mp3", 110);
-    const long long young = upload("young.mp3", 190);
-    checkAt(200);
-    EXPECT_TRUE(gone(older, "older.mp3"));
-    EXPECT_TRUE(intact(newer, "newer.mp3"));
-    checkAt(200);
-    EXPECT_TRUE(gone(newer, "newer.mp3"));
-    EXPECT_EQ(checkAt(200).second, "");
-    EXPECT_TRUE(intact(young, "young.mp3"));
-}
-
-TEST_F(AutoDestroyTest, NeverTimesOutADisabledNote) {
-    const long long disabled = upload("kept.mp3", 100);
-    ASSERT_EQ(QRV_MDB_DisableUploadNote(disabled), 0);
-    const long long waiting = upload("waiting.mp3", 100);
-    checkAt(1000);
-    EXPECT_TRUE(intact(disabled, "kept.mp3"));
-    EXPECT_TRUE(gone(waiting, "waiting.mp3"));
-    EXPECT_EQ(checkAt(100000).first, 0);
-    EXPECT_TRUE(intact(disabled, "kept.mp3"));
-}
-
-TEST_F(AutoDestroyTest, KeepsOfferingARestrictedObjectAndNeverReachesThoseBehindIt) {
-    const long long locked = upload("locked.mp3", 100, static_cast<int32_t>(MDB_FLAGS_RESTRICTED));
-    const long long behind = upload("behind.mp3", 100);
-    for (int call = 0; call < 3; ++call) {
-        const auto [result, out] = checkAt(500);
-        EXPECT_EQ(result, static_cast<int32_t>(MDB_UPNP_ERR_RESTRICTED_OBJECT)) << call;
-        EXPECT_EQ(out, "35 second time out, auto destory item:" + std::to_string(locked) + "\n") << call;
-    }
-    EXPECT_TRUE(intact(locked, "locked.mp3"));
-    EXPECT_TRUE(intact(behind, "behind.mp3"));
-}
-
-TEST_F(AutoDestroyTest, ReadsTheAgeAsASigned32BitDifference) {
+    EXPECT_EQ(checkAt(100000), std::make_pair(0, std::string()));
+    EXPECT_EQ(fake::sysinfoCalls(), 0) << "an empty list does not read the uptime";
     const struct {
         const char *what;
-        long start;
-        long now;
+        long start, now;
         bool destroyed;
     } cases[] = {
         {"note from the future", 5000, 4000, false},
-        {"uptime wrapped past 32 bits", 0xFFFFFFF0L, 0x100000013L, true},
-        {"wrapped, 34 seconds", 0xFFFFFFF0L, 0x100000012L, false},
+        {"uptime wrapped past 32 bits, 35 seconds", 0xFFFFFFF0L, 0x100000013L, true},
+        {"uptime wrapped past 32 bits, 34 seconds", 0xFFFFFFF0L, 0x100000012L, false},
     };
     for (const auto &c : cases) {
-        const std::string name = std::string(c.what) + ".mp3";
-        const long long id = upload(name, c.start);
-        checkAt(c.now);
-        EXPECT_EQ(gone(id, name), c.destroyed) << c.what;
+        fake::setUptime(c.start);
+        const long long id = up.addUpload(std::string(c.what) + ".mp3");
+        const std::string file = up.uploadDir() + "/" + c.what + ".mp3";
+        EXPECT_EQ(checkAt(c.now), std::make_pair(0, c.destroyed ? timedOut(id) : std::string())) << c.what;
+        if (c.destroyed) {
+            EXPECT_FALSE(up.hasRow(id) || fileExists(file) || QRV_MDB_FindUploadNote(id) == 0) << c.what;
+        } else {
+            EXPECT_TRUE(intact(up, id)) << c.what;
+        }
         QRV_MDB_FreeUploadList();
     }
+}
+
+// One object per call, nearest the head first; disabled notes are passed over, a restricted
+// object is offered again at every call and blocks the expired notes behind it.
+TEST(AutoDestroyObject, DestroysOneObjectPerCallInListOrder) {
+    UploadCatalogue up;
+    fake::setUptime(100);
+    const long long disabled = up.addUpload("disabled.mp3");
+    ASSERT_EQ(QRV_MDB_DisableUploadNote(disabled), 0);
+    const long long older = up.addUpload("older.mp3");
+    fake::setUptime(110);
+    const long long newer = up.addUpload("newer.mp3");
+    fake::setUptime(190);
+    const long long young = up.addUpload("young.mp3");
+    fake::setUptime(100);
+    const long long locked = up.addUpload("locked.mp3", MDB_FLAGS_RESTRICTED);
+    const long long behind = up.addUpload("behind.mp3");
+    const std::pair<int32_t, std::string> restricted{static_cast<int32_t>(MDB_UPNP_ERR_RESTRICTED_OBJECT),
+                                                     timedOut(locked)};
+    EXPECT_EQ(checkAt(200), std::make_pair(0, timedOut(older)));
+    EXPECT_TRUE(intact(up, newer));
+    EXPECT_EQ(checkAt(200), std::make_pair(0, timedOut(newer)));
+    EXPECT_EQ(checkAt(200), restricted);
+    EXPECT_EQ(checkAt(200), restricted);
+    EXPECT_TRUE(intact(up, locked));
+    EXPECT_TRUE(intact(up, behind));
+    QRV_MDB_DelUploadNote(locked);
+    EXPECT_EQ(checkAt(200), std::make_pair(0, timedOut(behind)));
+    EXPECT_EQ(checkAt(200).second, "");
+    EXPECT_TRUE(intact(up, young));
+    EXPECT_EQ(checkAt(100000).second, timedOut(young));
+    EXPECT_EQ(checkAt(100000).second, "");
+    EXPECT_TRUE(intact(up, disabled));
 }
 
 }  // namespace
