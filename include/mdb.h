@@ -557,7 +557,8 @@ MDB_API uint32_t MDBSearchCriteriaSyntax(const char *pcCriteria, MdbSearchSyntax
  * The expression texts of pstSyntax are released in every case. Returns MDB_OK; MDB_ERR_FAIL for
  * NULL arguments and a protocolInfo value without MIME type or profile; the resolver's status for
  * an unknown container; MDB_ERR_PARA for an expression that cannot be translated or a text that
- * would not fit its buffer (nothing is cut). */
+ * would not fit its buffer (nothing is cut); MDB_ERR_MEM when an SQL text cannot be formatted or a
+ * static container's id does not fit the copy. */
 MDB_API uint32_t MDBSearchCriteriaCheck(const char *pcContainerId, char *pcCopy, uint32_t ulCopySize,
                                         uint32_t *pulResultClass, char *pcWhere, uint32_t ulWhereSize,
                                         uint32_t *pulCommaSep, MdbSearchSyntax *pstSyntax);
