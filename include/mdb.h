@@ -546,7 +546,8 @@ MDB_API char *MdbStrAppend(char *pcDst, uint32_t ulSize, const char *pcSrc);
 /* Check a SearchCriteria text and split it into expression texts (strdup'ed, released by
  * MDBSearchCriteriaCheck) and a skeleton of parentheses, " A ", " O " and "_<property index>".
  * "*" gives the skeleton "*". MDB_OK when accepted; MDB_ERR_PARA for NULL, empty or rejected text,
- * also for more than 32 expressions, an expression over 255 characters or a skeleton over 1023;
+ * also for more than 32 expressions, an expression over 255 characters, parentheses nested more
+ * than 16 deep or a skeleton over 1023;
  * MDB_ERR_MEM when an expression cannot be copied. A rejected text leaves no expression behind. */
 MDB_API uint32_t MDBSearchCriteriaSyntax(const char *pcCriteria, MdbSearchSyntax *pstSyntax);
 
