@@ -490,7 +490,8 @@ MDB_API extern MdbRootPath *g_pstRootPaths;
 MDB_API extern uint32_t g_ulRootPathNum;
 
 /* Release the root list and read it anew. No roots: MDB_OK and no list. MDB_ERR_MEM when the list
- * cannot be allocated (no list); MDB_ERR_DB when a statement fails. */
+ * cannot be allocated (no list); MDB_ERR_DB when a statement fails. A NULL connection: MDB_ERR_PARA
+ * before anything is released. */
 MDB_API uint32_t QRV_MDB_DbGetRoots(sqlite3 *pstDb);
 /* Add ulBits to folder llId's flags unless (flags AND ulBits) is already greater than 1. */
 MDB_API uint32_t QRV_MDB_UpdateFolderFlags(sqlite3 *pstDb, long long llId, uint32_t ulBits);
