@@ -5,6 +5,8 @@
 
 #include <mdb_platform.h>
 
+#include "cds/item_writer.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -63,12 +65,7 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseFolder(const MdbStaticContainer *pstNo
     const long long llRowId = std::atoll(pcSubId);
     pstAction->ulTotalMatches = 0;
     char acBaseId[256] = {0};
-    MdbItemBuildCtx stCtx{};
-    stCtx.pstContainer = pstNode;
-    stCtx.pstAction = pstAction;
-    stCtx.pcBaseId = acBaseId;
-    stCtx.llLastId = -1;
-    stCtx.ulCommaSep = 0;
+    MdbItemBuildCtx stCtx = MdbMakeItemBuildCtx(pstNode, pstAction, acBaseId, 0);
     const uint32_t ulStatus = QRV_MDB_StaticContainerGetObjId(pstNode, acBaseId, sizeof acBaseId);
     if (ulStatus != MDB_OK) {
         return ulStatus;
