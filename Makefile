@@ -1,6 +1,7 @@
 # The two commands of the project (see README.md):
 #   make test   installs what is missing, configures, builds and runs every test
-#   make demo   installs what is missing, builds, and shows the library answering Browse requests
+#   make demo   installs what is missing, builds, makes a sample media library, scans it with the
+#               mdb tool and shows the library answering Browse and Search requests on it
 # Both work on a fresh Debian machine; run them as root to let them install Debian packages.
 
 BUILD      ?= build
@@ -30,7 +31,7 @@ test-sanitize: deps
 	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS) -E install_consumer
 
 demo: build
-	$(BUILD)/tools/mdb-tree
+	tools/demo.sh $(BUILD)
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)
