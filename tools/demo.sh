@@ -12,7 +12,7 @@ work=$build/demo
 db=$work/catalogue.db
 media=$work/media
 
-step() { printf '\n\033[1m== %s\033[0m\n$ %s\n' "$1" "${*:2}"; "${@:2}"; }
+step() { printf '\n\033[1m== %s\033[0m\n$' "$1"; printf ' %q' "${@:2}"; printf '\n'; "${@:2}"; }
 # The id in the first data line of a table answer whose title is $2 (or the first one).
 id_of() { awk -v title="$2" 'NR > 1 && NF > 1 && (title == "" || index($0, "  " title) > 0) { print $1; exit }' <<<"$1"; }
 

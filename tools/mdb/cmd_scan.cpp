@@ -62,7 +62,7 @@ int RunScan(int argc, char **argv) {
            seconds > 0 ? c.files / seconds : 0.0);
     printf("  items: %u added, %u updated, %u unchanged, %u removed\n", c.added, c.updated, c.unchanged, c.removed);
     printf("  folders: %u added, %u removed\n", c.foldersAdded, c.foldersRemoved);
-    printf("  skipped: %u unreadable or corrupt; %u other files are not media\n", c.skipped, c.ignored);
+    printf("  skipped: %u unreadable or corrupt; not media: %u\n", c.skipped, c.ignored);
     if (!scanner.uploadFolder().empty()) {
         printf("  upload folder: %s\n", scanner.uploadFolder().c_str());
     }

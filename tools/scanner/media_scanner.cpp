@@ -6,6 +6,7 @@
 #include "dlna_choice.h"
 
 #include <dirent.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -364,8 +365,8 @@ void MediaScanner::Skip(const std::string &path, const std::string &reason) {
     fprintf(m_options.messages, "skipped: %s: %s\n", path.c_str(), reason.c_str());
 }
 
-/* "\r" and an erase-to-end-of-line keep the progress on one terminal line; it is redrawn at most
- * every 100 ms. */
+/* "\r" and an erase-to-end-of-line keep the progress on one terminal line, cut to the terminal's
+ * width so that it never wraps; it is redrawn at most every 100 ms. */
 void MediaScanner::ShowProgress(const std::string &where, bool force) {
     if (!m_options.progress) {
         return;
@@ -376,9 +377,22 @@ void MediaScanner::ShowProgress(const std::string &where, bool force) {
     }
     m_lastProgressMs = now;
     m_progressShown = true;
-    std::string tail = where.size() > 48 ? "..." + where.substr(where.size() - 45) : where;
-    fprintf(m_options.messages, "\r\033[Kscanning: %u files (%u new, %u changed, %u skipped) in %u folders  %s",
-            m_counts.files, m_counts.added, m_counts.updated, m_counts.skipped, m_counts.folders, tail.c_str());
+    struct winsize size;
+    size_t columns = ioctl(fileno(m_options.messages), TIOCGWINSZ, &size) == 0 && size.ws_col > 20 ? size.ws_col : 80;
+    char counts[128];
+    snprintf(counts, sizeof counts, "scanning: %u files (%u new, %u changed, %u skipped) in %u folders  ",
+             m_counts.files, m_counts.added, m_counts.updated, m_counts.skipped, m_counts.folders);
+    std::string line = counts;
+    const size_t room = columns - 1 > line.size() ? columns - 1 - line.size() : 0;
+    if (where.size() <= room) {
+        line += where;
+    } else if (room > 3) {
+        line += "..." + where.substr(where.size() - (room - 3));
+    }
+    if (line.size() > columns - 1) {
+        line.resize(columns - 1);
+    }
+    fprintf(m_options.messages, "\r\033[K%s", line.c_str());
     fflush(m_options.messages);
 }
 
