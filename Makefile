@@ -6,10 +6,11 @@
 
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
+BENCH_BUILD ?= build-bench
 JOBS       ?= 2
 SCHEMA      = $(CURDIR)/$(BUILD)/share/mdb/create_db.sql
 
-.PHONY: deps configure build test test-sanitize demo clean
+.PHONY: deps configure build test test-sanitize demo bench clean
 
 deps:
 	@scripts/install-deps.sh
@@ -33,5 +34,13 @@ test-sanitize: deps
 demo: build
 	tools/demo.sh $(BUILD)
 
+# The benchmark on a synthetic catalogue (see bench/RESULTS.md); BENCH_ARGS="--million" for about
+# 1,000,000 items. Not part of "make test" or CI.
+bench: deps
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMDB_BENCH=ON -DMDB_BUILD_TESTS=OFF \
+	      -DMDB_SCHEMA_SCRIPT=$(CURDIR)/$(BENCH_BUILD)/share/mdb/create_db.sql >/dev/null
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target mdb_bench
+	$(BENCH_BUILD)/bench/mdb_bench --work $(BENCH_BUILD)/work $(BENCH_ARGS)
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(BENCH_BUILD)
