@@ -299,8 +299,60 @@ MDB_API uint32_t QRV_MDB_Browse(const char *pcObjectId, uint32_t ulBrowseFlag, M
 /* ---------------------------------------------------------------------------------------------
  * Browse of database containers (folders, all items, categories) and the item writer */
 
+/* Row callback over "select * from DLNA" rows (pvArg an MdbItemBuildCtx): appends one DIDL-Lite
+ * "item" (class above 10) or "container" per row id with ids, title, class, the filtered
+ * properties and the "res" element; counts ulNumberReturned up to ulRequestedCount. Returns 0. */
+MDB_API int MdbBuildItemCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+
+/* Handlers of database containers (the five-argument form; ulClass 11 music, 12 video, 13
+ * pictures restricts the rows). They set ulTotalMatches and count ulNumberReturned. */
+/* Folders: no sub-id lists the shared root folders; a row id sub-id is that row (flag 0) or its
+ * sub-folders and items of the class. A missing row on flag 0: UPnP error 701, MDB_ERR_NOT_FOUND. */
+MDB_API uint32_t QRV_MDB_BrowseFolder(const MdbStaticContainer *pstNode, const char *pcSubId, uint32_t ulBrowseFlag,
+                                      MdbActionCtx *pstAction, uint32_t ulClass);
+/* All items of the class; a row id sub-id answers that row's metadata whatever the flag. */
+MDB_API uint32_t QRV_MDB_BrowseAll(const MdbStaticContainer *pstNode, const char *pcSubId, uint32_t ulBrowseFlag,
+                                   MdbActionCtx *pstAction, uint32_t ulClass);
+/* Category containers: no sub-id lists the values, "k" is a value container, "k,r" the item r
+ * inside it (BrowseMetadata only, else MDB_ERR_PARA). Artist/creator and album lists show only
+ * values with items of the class. */
+MDB_API uint32_t QRV_MDB_BrowseMusicGenre(const MdbStaticContainer *pstNode, const char *pcSubId,
+                                          uint32_t ulBrowseFlag, MdbActionCtx *pstAction, uint32_t ulClass);
+MDB_API uint32_t QRV_MDB_BrowseMusicArtist(const MdbStaticContainer *pstNode, const char *pcSubId,
+                                           uint32_t ulBrowseFlag, MdbActionCtx *pstAction, uint32_t ulClass);
+MDB_API uint32_t QRV_MDB_BrowseMusicAlbum(const MdbStaticContainer *pstNode, const char *pcSubId,
+                                          uint32_t ulBrowseFlag, MdbActionCtx *pstAction, uint32_t ulClass);
+MDB_API uint32_t QRV_MDB_BrowseVideoCreator(const MdbStaticContainer *pstNode, const char *pcSubId,
+                                            uint32_t ulBrowseFlag, MdbActionCtx *pstAction, uint32_t ulClass);
+MDB_API uint32_t QRV_MDB_BrowseVideoAlbum(const MdbStaticContainer *pstNode, const char *pcSubId,
+                                          uint32_t ulBrowseFlag, MdbActionCtx *pstAction, uint32_t ulClass);
+
+/* Rows below folder row llRowId (flag non-zero: sub-folders holding the class and items of the
+ * class, counted into *pulTotal and paged) or the row itself (flag 0; with pulTotal a missing row
+ * sets UPnP error 701 and gives MDB_ERR_NOT_FOUND). MDB_ERR_PARA without db or action,
+ * MDB_ERR_DB when the row statement fails. */
+MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId, uint32_t ulClass,
+                                        uint32_t ulBrowseFlag, MdbRowCallback pfnCallback, void *pvArg,
+                                        uint32_t *pulTotal);
+/* All rows of the class (flag non-zero, counted and paged) or row llRowId (flag 0, total 1,
+ * existence not tested). MDB_ERR_PARA without db or action, MDB_ERR_DB on a failed statement. */
+MDB_API uint32_t QRV_MDB_DbBrowseByType(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId, uint32_t ulClass,
+                                        uint32_t ulBrowseFlag, MdbRowCallback pfnCallback, void *pvArg,
+                                        uint32_t *pulTotal);
+/* Row callback of Search over (category id, name) rows (pvArg the Search's MdbItemBuildCtx):
+ * writes values as containers of the action's ObjectID container, counts every value. */
+MDB_API int MdbBuildSearchCategoryCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+
 /* ---------------------------------------------------------------------------------------------
  * Filter and SortCriteria */
+
+/* The filter array for a UPnP Filter text: one byte per property of the table, 1 when asked for.
+ * NULL gives all zeros, exactly "*" all ones. malloc'ed, the caller frees it; NULL only when the
+ * allocation fails. */
+MDB_API unsigned char *QRV_MDB_ParseFilterString(const char *pcFilter);
+/* The "ORDER BY col[ desc],..." text for a UPnP SortCriteria text, malloc'ed for the caller to
+ * free; NULL for a NULL text, a failed allocation, or when no key names a sortable property. */
+MDB_API char *QRV_MDB_BuildSortStr(const char *pcSortCriteria);
 
 /* ---------------------------------------------------------------------------------------------
  * Catalogue database: opening, busy policy, statement runner, shared row callbacks */

@@ -61,18 +61,17 @@ extern "C" const MdbDlnaProfile *QRV_DLNA_GetProfileByProfileId(uint32_t ulProfi
 
 /* Flags word and file suffix for an upload of MIME type pcMimeType and DLNA profile pcProfileName.
  *  - A profile name: the profile of that name and MIME type; failing that, of that name alone.
- *  - No profile name (NULL or empty), or one this library does not know: the "Unknown" profile
- *    of that MIME type, else the first profile of that MIME type.
- * The answer is the profile id and its suffix. When nothing matches, *ppcSuffix is NULL and the
- * answer is the family code of the MIME type's top-level type ("audio/...", "video/...",
- * "image/..."), or 0. */
+ *  - No profile name (NULL, empty or "Unknown"), or one this library does not know: the
+ *    "Unknown" profile of that MIME type, else the first profile of that MIME type.
+ * The answer is the profile id and its suffix. When nothing matches (a MIME type this platform
+ * does not serve) the answer is 0 and *ppcSuffix NULL, which makes the upload fail. */
 extern "C" uint32_t QRV_MDB_PNtoFix(const char *pcMimeType, const char *pcProfileName, const char **ppcSuffix) {
     if (ppcSuffix != nullptr) {
         *ppcSuffix = nullptr;
     }
     const char *pcMime = pcMimeType != nullptr ? pcMimeType : "";
     Match stMatch;
-    if (pcProfileName != nullptr && pcProfileName[0] != '\0') {
+    if (pcProfileName != nullptr && pcProfileName[0] != '\0' && std::strcmp(pcProfileName, g_pcUnknownProfileName) != 0) {
         stMatch = FindFirst([&](const MdbDlnaProfile &p) {
             return std::strcmp(p.pcProfileName, pcProfileName) == 0 && SameMime(p.pcMimeType, pcMime);
         });
@@ -93,17 +92,6 @@ extern "C" uint32_t QRV_MDB_PNtoFix(const char *pcMimeType, const char *pcProfil
             *ppcSuffix = stMatch.pstFamily->pstProfiles[stMatch.ulNumber].pcSuffix;
         }
         return mdbplatform::ProfileId(stMatch.pstFamily->ulFamilyCode, stMatch.ulNumber);
-    }
-    static const struct {
-        const char *pcTopType;
-        uint32_t ulFamilyCode;
-    } kTopTypes[] = {{"audio/", mdbplatform::kFamilyCodeAudio},
-                     {"video/", mdbplatform::kFamilyCodeVideo},
-                     {"image/", mdbplatform::kFamilyCodeImage}};
-    for (const auto &stTop : kTopTypes) {
-        if (strncasecmp(pcMime, stTop.pcTopType, std::strlen(stTop.pcTopType)) == 0) {
-            return stTop.ulFamilyCode;
-        }
     }
     return 0;
 }

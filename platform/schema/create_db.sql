@@ -52,13 +52,23 @@ CREATE INDEX DIRECTORS_name  ON DIRECTORS(name);
 CREATE INDEX PRODUCERS_name  ON PRODUCERS(name);
 CREATE INDEX PUBLISHERS_name ON PUBLISHERS(name);
 
--- Browse statements filter on the class expression "(flags & 127)" and sort by title; SQLite uses
--- an index on an expression when the statement writes the same expression.
-CREATE INDEX ITEM_parent_title ON ITEM(parentID, title);
-CREATE INDEX ITEM_class_title  ON ITEM((flags & 127), title);
-CREATE INDEX ITEM_genre        ON ITEM(exID_GENRE, (flags & 127));
-CREATE INDEX ITEM_artist       ON ITEM(exID_ARTIST, (flags & 127));
-CREATE INDEX ITEM_album        ON ITEM(exID_ALBUM, (flags & 127));
+-- Indexes, chosen by EXPLAIN QUERY PLAN on a generated catalogue, before and after ANALYZE. The
+-- browse statements filter on the class expression "(flags & 127)" (SQLite uses an index on an
+-- expression when the statement writes the same expression) and sort by title:
+--  - folder children: parentID, then title, so a page of "ORDER BY title" is read in index order;
+--  - all items of a class: the class, then title;
+--  - items of a genre, artist or album: the category, the class, then title;
+--  - the artist and album lists: the class, then the category id, so the list's sub-select reads
+--    the distinct ids in index order; flags itself completes the index so that the sub-select
+--    never touches the table, also on SQLite versions that do not take an indexed expression as
+--    covering its column.
+CREATE INDEX ITEM_parent_title      ON ITEM(parentID, title);
+CREATE INDEX ITEM_class_title       ON ITEM((flags & 127), title);
+CREATE INDEX ITEM_class_artist      ON ITEM((flags & 127), exID_ARTIST, flags);
+CREATE INDEX ITEM_class_album       ON ITEM((flags & 127), exID_ALBUM, flags);
+CREATE INDEX ITEM_genre_class_title ON ITEM(exID_GENRE, (flags & 127), title);
+CREATE INDEX ITEM_artist_class_title ON ITEM(exID_ARTIST, (flags & 127), title);
+CREATE INDEX ITEM_album_class_title ON ITEM(exID_ALBUM, (flags & 127), title);
 
 -- Audio parameters of an item.
 CREATE VIEW AV_INFO AS SELECT id, sampleFrequency, nrAudioChannels FROM ITEM;
@@ -96,5 +106,5 @@ CREATE VIEW DLNA AS SELECT
   (SELECT name FROM PUBLISHERS WHERE exID = ITEM.exID_PUBLISHER) AS publisher, -- 27
   ITEM.flags               AS protocolInfo,        -- 28: the profile id; sorting by it groups formats
   'STANDARD'               AS recordQuality,       -- 29: upnp:recordQuality of every item
-  (ITEM.flags & 127)       AS class                -- 30: the class number; sorting by it groups classes
+  CAST(ITEM.flags & 127 AS INTEGER) AS class        -- 30: the class number; sorting by it groups classes
 FROM ITEM;

@@ -1,0 +1,59 @@
+// The pieces of the row-to-DIDL-Lite writer (MdbBuildItemCallback): object ids of database rows,
+// title and class, one property, and the "res" element with its URL and protocolInfo.
+// Internal to the library.
+#pragma once
+
+#include <mdb.h>
+
+// Positions of a "select * from DLNA" row that the writer reads directly.
+enum MdbDlnaRowPosition : int {
+    MDB_ROW_ID = 0,
+    MDB_ROW_FLAGS = 2,
+    MDB_ROW_TITLE = 3,
+    MDB_ROW_FILE_NAME = 21,
+    MDB_ROW_MIN_VALUES = 22  // a row with fewer values is not a DLNA view row
+};
+
+// Property table positions with a meaning of their own in the writer.
+enum MdbDlnaColPosition : uint32_t {
+    MDB_COL_IDX_ID = 0,
+    MDB_COL_IDX_PARENT = 1,
+    MDB_COL_IDX_CLASS = 2,
+    MDB_COL_IDX_TITLE = 3,
+    MDB_COL_IDX_FIRST_PROPERTY = 4,
+    MDB_COL_IDX_ROW_ID = 30,    // always written, with the row id as value
+    MDB_COL_IDX_STANDARD = 32   // written with the constant text "STANDARD"
+};
+
+/* Set the id and parentID attributes of pstCtx->pstItem for the row: the listing's base id and
+ * the row id joined with "|" (or "," when ulCommaSep is set), parentID the base; with an empty or
+ * "0" base the base comes from the row's class and folder bits. Does nothing without an element. */
+void MdbSetObjectIds(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t ulFlags);
+
+/* Append the title element (the row's title) and the class element (the class text of ulFlags)
+ * to pstCtx->pstItem. */
+void MdbAppendTitleAndClass(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t ulFlags);
+
+/* Write property ulColIdx of the row onto pstItem (element or attribute) or pstRes (attribute),
+ * or through QRV_MDB_AdaptColItemBuilder when the property asks for it. Values at positions
+ * beyond lColNum read as NULL. Returns MDB_OK, MDB_ERR_PARA when there is nothing to write on
+ * (no element, no value for an attribute) or MDB_ERR_MEM when ixml refuses. */
+uint32_t MdbBuildColumn(MdbItemBuildCtx *pstCtx, int lColNum, char **ppcValues, char **ppcNames, uint32_t ulFlags,
+                        uint32_t ulColIdx, IXML_Element *pstItem, IXML_Element *pstRes);
+
+/* Write the URL base of the file server for an address family into pcBuf (ulSize bytes):
+ * "http://addr:port" for 2, "http://[addr]:port" for 10, empty for any other family and when
+ * libupnp has no address yet. */
+void MdbFormatUrlBase(uint32_t ulAddrFamily, char *pcBuf, uint32_t ulSize);
+
+/* Write the protocolInfo of a resource of profile pstProfile whose flags word is ulFlags into
+ * pcBuf (ulSize bytes, cut there): "http-get:*:<mime>:" followed by the DLNA parameters of the
+ * profile and of the media family in bits 8-15 of ulFlags. */
+void MdbFormatProtocolInfo(const MdbDlnaProfile *pstProfile, uint32_t ulFlags, char *pcBuf, uint32_t ulSize);
+
+/* Append the "res" element of the row to pstCtx->pstItem and remember it in pstCtx->pstRes: its
+ * text the resource URL (empty while an upload note exists), its protocolInfo from the profile
+ * and the media family of ulFlags, and its importUri while the unrestricted object is being
+ * uploaded. pcUrlBase is the file server's base. */
+void MdbAppendResElement(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t ulFlags,
+                         const MdbDlnaProfile *pstProfile, const char *pcUrlBase);
