@@ -543,6 +543,41 @@ MDB_API int32_t MdbCmpDerivedOp(const char **ppcCursor);
  * happens for NULL texts or when pcDst is already not shorter than ulSize. Returns pcDst. */
 MDB_API char *MdbStrAppend(char *pcDst, uint32_t ulSize, const char *pcSrc);
 
+/* Check a SearchCriteria text and split it into expression texts (strdup'ed, released by
+ * MDBSearchCriteriaCheck) and a skeleton of parentheses, " A ", " O " and "_<property index>".
+ * "*" gives the skeleton "*". MDB_OK when accepted; MDB_ERR_PARA for NULL, empty or rejected text,
+ * also for more than 32 expressions, an expression over 255 characters or a skeleton over 1023;
+ * MDB_ERR_MEM when an expression cannot be copied. A rejected text leaves no expression behind. */
+MDB_API uint32_t MDBSearchCriteriaSyntax(const char *pcCriteria, MdbSearchSyntax *pstSyntax);
+
+/* Translate a Search into the WHERE text of a select over the DLNA view: the class of the search
+ * container pcContainerId, the row or category named by the sub-id of its copy pcCopy (which may be
+ * cut at its "|" or rewritten), and the parsed criteria. *pulResultClass receives 0 for items or
+ * the container class the criteria ask for; *pulCommaSep the separator flag of the item writer.
+ * The expression texts of pstSyntax are released in every case. Returns MDB_OK; MDB_ERR_FAIL for
+ * NULL arguments and a protocolInfo value without MIME type or profile; the resolver's status for
+ * an unknown container; MDB_ERR_PARA for an expression that cannot be translated or a text that
+ * would not fit its buffer (nothing is cut). */
+MDB_API uint32_t MDBSearchCriteriaCheck(const char *pcContainerId, char *pcCopy, uint32_t ulCopySize,
+                                        uint32_t *pulResultClass, char *pcWhere, uint32_t ulWhereSize,
+                                        uint32_t *pulCommaSep, MdbSearchSyntax *pstSyntax);
+
+/* Answer a Search: ContainerID (NULL for none), SearchCriteria, and the action record whose
+ * pcObjectId holds the same ContainerID in a writable buffer of at least 256 bytes. Writes items or
+ * category containers into the action's document and sets ulTotalMatches. MDB_OK, MDB_ERR_PARA
+ * (no action, no database, rejected or untranslatable criteria, unknown container) or MDB_ERR_DB. */
+MDB_API uint32_t QRV_MDB_Search(const char *pcContainerId, const char *pcCriteria, MdbActionCtx *pstAction);
+
+/* The worker of QRV_MDB_Search on connection pstDb: checks and translates pcCriteria with the
+ * container copy pcCopy (ulCopySize bytes), runs the count statement into *pulTotal (when given, for
+ * item results only) and the paged select with pfnItemCallback/pvArg, or with the category writer for
+ * genre, artist and album results. pvArg must be an MdbItemBuildCtx. The two reserved words are
+ * ignored. MDB_OK, MDB_ERR_PARA or MDB_ERR_DB as QRV_MDB_Search. */
+MDB_API uint32_t QRV_MDB_DbSearch(sqlite3 *pstDb, MdbActionCtx *pstAction, uint32_t ulReserved1,
+                                  uint32_t ulReserved2, const char *pcCriteria, char *pcCopy,
+                                  uint32_t ulCopySize, MdbRowCallback pfnItemCallback, void *pvArg,
+                                  uint32_t *pulTotal);
+
 /* ---------------------------------------------------------------------------------------------
  * CreateObject, DestroyObject, file information, upload completion and time-out */
 

@@ -76,7 +76,8 @@ enum DlnaColIndex : uint32_t {
     kColDlnaManaged = 30,
     kColRes = 31,
     kColRecordQuality = 32,
-    kColCount = 33
+    kColRefId = 33,
+    kColCount = 34
 };
 
 // usId values of the static containers.

@@ -120,6 +120,8 @@ const MdbDlnaCol g_astDlnaCols[] = {
               kAllItems},
     /* 31 */ {"id", "res", kResAttr | kBuilder, kViewId, nullptr, kAllItems},
     /* 32 */ {"recordQuality", "upnp:recordQuality", kElement, kViewRecordQuality, MdbCmpStringOp, kAllItems},
+    // No object refers to another: clients' "@refID exists false" keeps every row. Never written.
+    /* 33 */ {"id", "@refID", MDB_COL_NOT_FILTERED | kObjectAttr, kViewId, nullptr, kNoRow},
 };
 
 const uint32_t g_ulNumOfDlnaCols = sizeof(g_astDlnaCols) / sizeof(g_astDlnaCols[0]);

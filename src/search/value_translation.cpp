@@ -1,0 +1,133 @@
+// Translations of expressions whose value is compared with one DLNA view column: containment (SQL
+// LIKE), relational comparison (the value as the client wrote it, in double quotes, or a duration
+// in microseconds) and resolution ("WxH" as the column's packed number).
+#include "search/expression_translation.h"
+#include "search/search_words.h"
+#include "search/sql_join.h"
+
+#include <mdb.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+/* Append a condition built in a buffer of ulSize bytes: refused when it would not fit it. */
+uint32_t AppendCondition(MdbTranslation &stT, const char *pcCond, uint32_t ulSize) {
+    if (std::strlen(pcCond) >= ulSize) {
+        return MDB_ERR_PARA;
+    }
+    return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, pcCond);
+}
+
+/* Read a decimal int as "%d" does (blanks, sign, digits) at *ppc and move past it. false when no
+ * digit is there or the number does not fit an int. */
+bool ReadInt(const char **ppc, int *plValue) {
+    char *pcEnd = nullptr;
+    errno = 0;
+    long lValue = std::strtol(*ppc, &pcEnd, 10);
+    if (pcEnd == *ppc || errno == ERANGE || lValue > INT_MAX || lValue < INT_MIN) {
+        return false;
+    }
+    *plValue = static_cast<int>(lValue);
+    *ppc = pcEnd;
+    return true;
+}
+
+/* Read an unsigned decimal as "%llu" does (blanks, sign, digits; a minus sign negates modulo 2^64)
+ * at *ppc and move past it. */
+bool ReadUnsigned(const char **ppc, unsigned long long *pullValue) {
+    char *pcEnd = nullptr;
+    unsigned long long ullValue = std::strtoull(*ppc, &pcEnd, 10);
+    if (pcEnd == *ppc) {
+        return false;
+    }
+    *pullValue = ullValue;
+    *ppc = pcEnd;
+    return true;
+}
+
+}  // namespace
+
+uint32_t MdbTranslateContainment(MdbTranslation &stT, const MdbDlnaCol &stCol, const char *pcValue) {
+    // Single quotes are doubled; "%" and "_" in the value stay LIKE wildcards.
+    char *pcCond = sqlite3_mprintf("%s like '%%%q%%'", stCol.pcColName != nullptr ? stCol.pcColName : "", pcValue);
+    if (pcCond == nullptr) {
+        return MDB_ERR_MEM;
+    }
+    uint32_t ulStatus = AppendCondition(stT, pcCond, kMdbConditionSize);
+    sqlite3_free(pcCond);
+    return ulStatus;
+}
+
+long long MdbParseDuration(const char *pcText) {
+    const char *pc = pcText;
+    int lHours, lMinutes, lSeconds, lFraction = 0;
+    if (!ReadInt(&pc, &lHours) || *pc++ != ':' || !ReadInt(&pc, &lMinutes) || *pc++ != ':' ||
+        !ReadInt(&pc, &lSeconds)) {
+        return 0;
+    }
+    if (*pc == '.') {
+        ++pc;
+        if (!ReadInt(&pc, &lFraction)) {
+            lFraction = 0;
+        }
+    }
+    if (lHours < 0 || lMinutes < 0 || lMinutes > 59 || lSeconds < 0 || lSeconds > 59 || lFraction < 0 ||
+        lFraction > 999) {
+        return 0;
+    }
+    return lHours * 3600000000LL + lMinutes * 60000000LL + lSeconds * 1000000LL + lFraction * 1000LL;
+}
+
+uint32_t MdbTranslateResolution(MdbTranslation &stT, const MdbDlnaCol &stCol, const char *pcOp,
+                                const char *pcValue) {
+    int32_t lOp = MdbRelationalOperator(pcOp);
+    if (lOp < 0) {
+        return MDB_ERR_PARA;
+    }
+    const char *pc = pcValue;
+    unsigned long long ullWidth = 0, ullHeight = 0;
+    char acCond[kMdbShortConditionSize];
+    if (ReadUnsigned(&pc, &ullWidth) && *pc++ == 'x' && ReadUnsigned(&pc, &ullHeight)) {
+        unsigned long long ullPacked = ((ullHeight & 0xffffffffULL) << 32) + ullWidth;
+        char acNumber[32];
+        std::snprintf(acNumber, sizeof(acNumber), "%llu", ullPacked);
+        if (std::snprintf(acCond, sizeof(acCond), "%s %s %s", stCol.pcColName != nullptr ? stCol.pcColName : "",
+                          g_apcSearchOpStrings[lOp], acNumber) >= static_cast<int>(sizeof(acCond))) {
+            return MDB_ERR_PARA;
+        }
+    } else {
+        std::strcpy(acCond, "0");
+    }
+    return AppendCondition(stT, acCond, sizeof(acCond));
+}
+
+uint32_t MdbTranslateComparison(MdbTranslation &stT, const MdbDlnaCol &stCol, bool bDuration,
+                                const char *pcOp) {
+    int32_t lOp = MdbRelationalOperator(pcOp);
+    if (lOp < 0) {
+        // Not one of the six relational operators: the expression cannot restrict, keep every row.
+        return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, "1");
+    }
+    char acValue[kMdbConditionSize];
+    if (!MdbExpressionValue(pcOp, acValue)) {
+        return MDB_ERR_PARA;
+    }
+    char acOperand[kMdbConditionSize + 2];
+    if (bDuration) {
+        std::snprintf(acOperand, sizeof(acOperand), "%lld", MdbParseDuration(acValue));
+    } else {
+        // The value keeps its double quotes; it holds no double quote of its own.
+        std::snprintf(acOperand, sizeof(acOperand), "\"%s\"", acValue);
+    }
+    char acCond[kMdbShortConditionSize];
+    if (std::snprintf(acCond, sizeof(acCond), "%s %s %s", stCol.pcColName != nullptr ? stCol.pcColName : "",
+                      g_apcSearchOpStrings[lOp], acOperand) >= static_cast<int>(sizeof(acCond))) {
+        return MDB_ERR_PARA;
+    }
+    return AppendCondition(stT, acCond, sizeof(acCond));
+}
