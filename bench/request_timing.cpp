@@ -44,7 +44,7 @@ struct Answer {
 
 Answer RunOnce(const RequestCase &request) {
     Answer answer;
-    unsigned char *filter = QRV_MDB_ParseFilterString("*");
+    unsigned char *filter = QRV_MDB_ParseFilterString(request.filter.c_str());
     char *sort = request.sort.empty() ? nullptr : QRV_MDB_BuildSortStr(request.sort.c_str());
     IXML_Document *doc = ixmlDocument_createDocument();
     IXML_Element *root = ixmlDocument_createElement(doc, "DIDL-Lite");

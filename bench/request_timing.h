@@ -27,6 +27,7 @@ struct RequestCase {
     std::string sort;            // SortCriteria, empty for none
     uint32_t startingIndex = 0;
     double targetUs = 0;
+    std::string filter = "*";    // Filter
 };
 
 struct RequestResult {
@@ -38,7 +39,7 @@ struct RequestResult {
     std::vector<std::string> statements;  // what the call ran
 };
 
-// One request: Filter "*", RequestedCount 50, a fresh DIDL-Lite document, the call, the answer
+// One request: its Filter (normally "*"), RequestedCount 50, a fresh DIDL-Lite document, the call, the answer
 // serialised to a string. Measured `calls` times; the statements are captured with SQLite's
 // statement trace during one extra call and then timed bare.
 RequestResult MeasureRequest(sqlite3 *db, const RequestCase &request, int calls);
