@@ -15,9 +15,9 @@ const char kName[] = "browse";
 int RunBrowse(int argc, char **argv) {
     CommandLine line;
     std::string error;
-    std::vector<OptionSpec> specs = ListOptionSpecs();
-    specs.push_back({"metadata", false});
-    if (!line.Parse(argc, argv, 1, specs, error)) {
+    std::vector<OptionDef> definitions = ListOptionDefs();
+    definitions.push_back({"metadata", false});
+    if (!line.Parse(argc, argv, 1, definitions, error)) {
         return UsageError(kName, error);
     }
     if (line.Positionals().size() != 2) {

@@ -14,7 +14,7 @@ const char kName[] = "search";
 int RunSearch(int argc, char **argv) {
     CommandLine line;
     std::string error;
-    if (!line.Parse(argc, argv, 1, ListOptionSpecs(), error)) {
+    if (!line.Parse(argc, argv, 1, ListOptionDefs(), error)) {
         return UsageError(kName, error);
     }
     if (line.Positionals().size() != 3) {

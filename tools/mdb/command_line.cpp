@@ -6,7 +6,7 @@
 
 namespace mdbtool {
 
-bool CommandLine::Parse(int argc, char **argv, int first, const std::vector<OptionSpec> &specs, std::string &error) {
+bool CommandLine::Parse(int argc, char **argv, int first, const std::vector<OptionDef> &definitions, std::string &error) {
     m_options.clear();
     m_positionals.clear();
     bool optionsEnded = false;
@@ -29,23 +29,23 @@ bool CommandLine::Parse(int argc, char **argv, int first, const std::vector<Opti
             name = name.substr(0, eq);
             inlineValue = true;
         }
-        const OptionSpec *spec = nullptr;
-        for (const OptionSpec &candidate : specs) {
+        const OptionDef *definition = nullptr;
+        for (const OptionDef &candidate : definitions) {
             if (name == candidate.name) {
-                spec = &candidate;
+                definition = &candidate;
             }
         }
-        if (spec == nullptr) {
+        if (definition == nullptr) {
             error = "unknown option --" + name;
             return false;
         }
-        if (spec->takesValue && !inlineValue) {
+        if (definition->takesValue && !inlineValue) {
             if (i + 1 >= argc) {
                 error = "option --" + name + " needs a value";
                 return false;
             }
             value = argv[++i];
-        } else if (!spec->takesValue && inlineValue) {
+        } else if (!definition->takesValue && inlineValue) {
             error = "option --" + name + " takes no value";
             return false;
         }

@@ -9,7 +9,7 @@
 
 namespace mdbtool {
 
-struct OptionSpec {
+struct OptionDef {
     const char *name;  // without the leading "--"
     bool takesValue;
 };
@@ -18,7 +18,7 @@ class CommandLine {
 public:
     // Parses argv[first..argc-1]. "--" ends the options. False, with a sentence in error, for an
     // unknown option or an option without its value.
-    bool Parse(int argc, char **argv, int first, const std::vector<OptionSpec> &specs, std::string &error);
+    bool Parse(int argc, char **argv, int first, const std::vector<OptionDef> &definitions, std::string &error);
 
     bool Has(const std::string &name) const { return m_options.count(name) != 0; }
     std::string Value(const std::string &name, const std::string &fallback = std::string()) const;

@@ -25,7 +25,7 @@ const char *const kListOptionsHelp =
     "                     so URLs start with /web/mdb/)\n"
     "  --port N           the file server's port in resource URLs (default 9000)\n";
 
-std::vector<OptionSpec> ListOptionSpecs() {
+std::vector<OptionDef> ListOptionDefs() {
     return {{"start", true},  {"count", true},   {"filter", true}, {"sort", true},
             {"format", true}, {"address", true}, {"port", true}};
 }

@@ -24,7 +24,7 @@ struct ListRequest {
 };
 
 // The options of a list request, for CommandLine::Parse.
-std::vector<OptionSpec> ListOptionSpecs();
+std::vector<OptionDef> ListOptionDefs();
 // Reads the list options; on a bad value returns the exit code of a usage error, else -1.
 int ReadListRequest(const char *command, const CommandLine &line, ListRequest &request);
 
