@@ -91,6 +91,11 @@ TEST(ToolInit, MakesACatalogueOnceAndOpensOnlyCatalogues) {
     EXPECT_EQ(empty.numberReturned, 0);
     EXPECT_EQ(empty.totalMatches, 0);
 
+    const std::string nowhere = dir.file("no-such-folder/c.db");
+    ProcessResult unwritable = RunTool({"init", nowhere});
+    EXPECT_EQ(unwritable.exitCode, 1);
+    EXPECT_NE(unwritable.err.find("MDB_ERR_DB"), std::string::npos) << unwritable.err;
+
     const std::string text = dir.write("notes.db", "this is not a database of any kind, just text\n");
     ProcessResult notCatalogue = RunTool({"browse", text, "0"});
     EXPECT_EQ(notCatalogue.exitCode, 1);

@@ -4,6 +4,7 @@
 #include <mdb_platform.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
 
@@ -70,9 +71,13 @@ bool Catalogue::Open(const char *command, const std::string &path, OpenMode mode
         m_db = QRV_MDB_DbInit(path.c_str(), &existed);
         m_created = m_db != nullptr && existed == 0;
         if (m_db == nullptr) {
+            // The library leaves the file it made behind; a later run would take it for a catalogue.
+            if (!exists) {
+                unlink(path.c_str());
+            }
             Fail(command, MDB_ERR_DB,
-                 "the catalogue " + path + " could not be created: the schema script " MDB_TOOL_SCHEMA_SCRIPT
-                 " could not be read or run");
+                 "the catalogue " + path + " could not be created: its folder must exist and be writable, and the "
+                 "schema script " MDB_TOOL_SCHEMA_SCRIPT " must be readable");
             return false;
         }
         break;
