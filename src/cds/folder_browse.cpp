@@ -81,7 +81,8 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseFolder(const MdbStaticContainer *pstNo
  * its items of ulClass, counted whole into *pulTotal and fetched one page at a time in the sort
  * order of the action. Metadata (flag 0): the row itself; with a total place its existence is
  * tested first, and a missing row sets UPnP error 701 "No such object." and MDB_ERR_NOT_FOUND.
- * A failed row statement is reported on standard output and gives MDB_ERR_DB. */
+ * A failed row statement is reported on standard output and gives MDB_ERR_DB. The error text is
+ * copied only when the server provided a buffer for it (the code and the line are set anyway). */
 extern "C" MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId,
                                                    uint32_t ulClass, uint32_t ulBrowseFlag, MdbRowCallback pfnCallback,
                                                    void *pvArg, uint32_t *pulTotal) {
