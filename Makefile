@@ -1,17 +1,20 @@
 # The commands of the project (see README.md):
 #   make test   installs what is missing, configures, builds and runs every test
-#   make demo   installs what is missing, builds, and shows the library answering Browse requests
+#   make demo   installs what is missing, builds, makes a sample media library, scans it with the
+#               mdb tool and shows the library answering Browse and Search requests on it
 #   make fuzz   builds the libFuzzer targets with clang, ASan and UBSan and runs each for FUZZ_TIME seconds
+#   make bench  builds and runs the benchmark on a synthetic catalogue (never part of tests or CI)
 # They work on a fresh Debian machine; run them as root to let them install Debian packages.
 
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
+BENCH_BUILD ?= build-bench
 JOBS       ?= 2
 FUZZ_BUILD ?= build-fuzz
 FUZZ_TIME  ?= 60
 SCHEMA      = $(CURDIR)/$(BUILD)/share/mdb/create_db.sql
 
-.PHONY: deps configure build test test-sanitize demo fuzz clean
+.PHONY: deps configure build test test-sanitize demo fuzz bench clean
 
 deps:
 	@scripts/install-deps.sh
@@ -32,19 +35,32 @@ test-sanitize: deps
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS) -E install_consumer
 
-# Search fuzzing: new inputs go to fuzz-corpus-work/, the seeds in fuzz/corpus/ stay as they are.
+# Fuzzing: every target of fuzz/ runs FUZZ_TIME seconds from its seeds in fuzz/corpus/<name>/ (which
+# stay as they are); new inputs and findings go to fuzz-corpus-work/. Standard output is closed, since
+# the library's own messages (such as the parentID warning of CreateObject) would flood it.
+FUZZ_TARGETS ?= search elements
 fuzz:
 	MDB_WITH_FUZZ=1 scripts/install-deps.sh
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMDB_FUZZ=ON \
 	      -DMDB_SANITIZE=ON -DMDB_BUILD_TESTS=OFF >/dev/null
-	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target mdb_fuzz_search
-	mkdir -p fuzz-corpus-work/search
-	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  $(FUZZ_BUILD)/fuzz/mdb_fuzz_search -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=2048 \
-	  -artifact_prefix=fuzz-corpus-work/ fuzz-corpus-work/search fuzz/corpus/search
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) $(addprefix --target mdb_fuzz_,$(FUZZ_TARGETS))
+	set -e; for t in $(FUZZ_TARGETS); do \
+	  mkdir -p fuzz-corpus-work/$$t; \
+	  ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	    $(FUZZ_BUILD)/fuzz/mdb_fuzz_$$t -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=2048 \
+	    -close_fd_mask=1 -artifact_prefix=fuzz-corpus-work/$$t- fuzz-corpus-work/$$t fuzz/corpus/$$t; \
+	done
 
 demo: build
-	$(BUILD)/tools/mdb-tree
+	tools/demo.sh $(BUILD)
+
+# The benchmark on a synthetic catalogue (see bench/RESULTS.md); BENCH_ARGS="--million" for about
+# 1,000,000 items. Not part of "make test" or CI.
+bench: deps
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMDB_BENCH=ON -DMDB_BUILD_TESTS=OFF \
+	      -DMDB_SCHEMA_SCRIPT=$(CURDIR)/$(BENCH_BUILD)/share/mdb/create_db.sql >/dev/null
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target mdb_bench
+	$(BENCH_BUILD)/bench/mdb_bench --work $(BENCH_BUILD)/work $(BENCH_ARGS)
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) fuzz-corpus-work
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(BENCH_BUILD) fuzz-corpus-work

@@ -490,7 +490,8 @@ MDB_API extern MdbRootPath *g_pstRootPaths;
 MDB_API extern uint32_t g_ulRootPathNum;
 
 /* Release the root list and read it anew. No roots: MDB_OK and no list. MDB_ERR_MEM when the list
- * cannot be allocated (no list); MDB_ERR_DB when a statement fails. */
+ * cannot be allocated (no list); MDB_ERR_DB when a statement fails. A NULL connection: MDB_ERR_PARA
+ * before anything is released. */
 MDB_API uint32_t QRV_MDB_DbGetRoots(sqlite3 *pstDb);
 /* Add ulBits to folder llId's flags unless (flags AND ulBits) is already greater than 1. */
 MDB_API uint32_t QRV_MDB_UpdateFolderFlags(sqlite3 *pstDb, long long llId, uint32_t ulBits);
@@ -581,7 +582,63 @@ MDB_API uint32_t QRV_MDB_DbSearch(sqlite3 *pstDb, MdbActionCtx *pstAction, uint3
                                   uint32_t *pulTotal);
 
 /* ---------------------------------------------------------------------------------------------
- * CreateObject, DestroyObject, file information, upload completion and time-out */
+ * CreateObject, DestroyObject, file information, upload completion and time-out
+ *
+ * An upload: the server parses the CreateObject Elements (QRV_MDB_ParseElements), then
+ * QRV_MDB_CreateObject adds an ITEM row of size 0 below the "upload" folder of the first root
+ * folder, answers with the item and its importUri, and opens an upload note. The file arrives at
+ * the server's HTTP file server, which finds the path with QRV_MDB_GetFileInfoById and sets the
+ * row's size; QRV_MDB_CheckUploadComplete then answers 1. QRV_MDB_AutoDestroyObject, called by the
+ * server from time to time, destroys an object whose note still waits 35 s after it was made.
+ * Pauses (sleep) and the uptime (sysinfo) are taken from the system library by name. */
+
+/* Read the CreateObject Elements text (pstObj->pcElements) into the record: pcParentId (warns
+ * "warning: the parentID is diffrent with ContainerID!" when it differs from pcContainerId, or when
+ * that is NULL), ulRestricted, pcTitle, pcDate ("y-m-d" without leading zeros), pcClass, pcSize,
+ * pcIfoFileUri, pcProtocolInfo, and from it ulFlags and pcSuffix (QRV_MDB_PNtoFix). Each value is
+ * the text between the first start marker anywhere in Elements and the next end marker, at most
+ * 511 characters, not XML-decoded. protocolInfo is cut before the first ";DLNA.ORG_PS=",
+ * ";DLNA.ORG_FLAGS=" and the vendor test parameter ";QRV.ORG_TEST=". Stored texts are strdup
+ * copies for the server to free, also those stored before a failure. 0, or -1 (0xFFFFFFFF). */
+MDB_API uint32_t QRV_MDB_ParseElements(MdbNewObject *pstObj);
+
+/* Enter a parsed request in the catalogue: an ITEM row of size 0 named "<title>.<suffix>" below
+ * the "upload" folder of the first root folder (replacing an earlier object of that file name,
+ * after a 1 s pause while its upload is pending), the item answer under pstDidlRoot with its
+ * importUri "<URL base>/web/upload/<id>.<suffix>", an upload note and the server notification.
+ * Refused with -1 before anything is looked up or written: a NULL record, document, DIDL-Lite root,
+ * title or suffix; a title that is empty, "." or "..", begins with '.', or holds '/', '\' or a
+ * control character (below 0x20 or 0x7f); a suffix with '/', '\' or a control character; a class
+ * number (ulFlags & 127) other than 11, 12, 13. -1 too when the row cannot be added (one retry
+ * after 2 s). The replaced pcParentId and pcObjectId are not freed. 0 on success. */
+MDB_API uint32_t QRV_MDB_CreateObject(MdbNewObject *pstObj);
+
+/* Remove an object: its file (unlink), its ITEM row (one retry after 2 s) and its upload note.
+ * 711 (MDB_UPNP_ERR_RESTRICTED_OBJECT) for a restricted row, nothing removed; otherwise 0, also
+ * when no file is known (then "the file not find!" is printed). Only the one row is deleted. */
+MDB_API uint32_t QRV_MDB_DestroyObject(long long llId);
+
+/* Look up an item's file: full path (root folder path and the file names down to the item,
+ * joined with '/'; a malloc'ed copy for the caller to free), MIME type and DLNA.ORG_PN profile
+ * name (from the profile library), DLNA.ORG_OP and DLNA.ORG_FLAGS values (from the item's family;
+ * NULL for a family index not below g_ulNumOfMediaClasses or without transfer parameters). Each
+ * out-place may be NULL; the four description texts are not to be freed. 0 on success; 1 when the
+ * id is not a file under a root (no row, flags 0, a root folder, an empty name); MDB_ERR_PARA or
+ * MDB_ERR_DB when an ancestor lookup fails, MDB_ERR_NOT_FOUND when an ancestor row is missing or
+ * the chain exceeds 64 ancestors, MDB_ERR_MEM when the path cannot be copied: no path then, but
+ * the description outputs are already written. */
+MDB_API int32_t QRV_MDB_GetFileInfoById(long long llId, char **ppcPath, const char **ppcMimeType,
+                                        const char **ppcProfileName, const char **ppcOpValue,
+                                        const char **ppcFlagsValue);
+
+/* 1 when the item's row has a non-zero size, else 0 (also for no row and database failures). */
+MDB_API int32_t QRV_MDB_CheckUploadComplete(long long llId);
+
+/* The upload time-out: destroy (QRV_MDB_DestroyObject) the first object whose note is waiting
+ * (state 1) and was made 35 s of uptime ago or earlier, printing
+ * "35 second time out, auto destory item:<id>". At most one object per call. 0 when nothing timed
+ * out, else DestroyObject's result. */
+MDB_API int32_t QRV_MDB_AutoDestroyObject(void);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,232 @@
+// CreateObject: an uploaded item enters the catalogue before its file arrives. The row (size 0)
+// goes below the "upload" folder of the first root folder, the answer is a DIDL-Lite item whose
+// res element carries the importUri, and an upload note starts the 35-second time-out.
+//
+// The file name on disk is "<title>.<suffix>", so the title decides where the upload is written:
+// titles that could name anything but a plain file inside the upload folder are refused before
+// the catalogue is touched.
+
+#include <mdb.h>
+#include <mdb_platform.h>
+
+#include <upnp.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+namespace {
+
+// Positions of the property table whose attribute names the answer's item carries.
+constexpr uint32_t kColId = 0;
+constexpr uint32_t kColParentId = 1;
+constexpr uint32_t kColRestricted = 23;
+constexpr uint32_t kColManaged = 30;
+
+bool IsControlChar(unsigned char c) { return c < 0x20 || c == 0x7f; }
+
+/* True when pcText holds none of '/', '\' and the control characters. */
+bool HasOnlyNameChars(const char *pcText) {
+    for (const char *p = pcText; *p != '\0'; ++p) {
+        if (*p == '/' || *p == '\\' || IsControlChar(static_cast<unsigned char>(*p))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/* A title that makes a plain, visible file name inside one folder: not empty, not beginning with
+ * '.' (which also rules out "." and ".."), no path separator, no control character. */
+bool IsSafeTitle(const char *pcTitle) {
+    return pcTitle != nullptr && pcTitle[0] != '\0' && pcTitle[0] != '.' && HasOnlyNameChars(pcTitle);
+}
+
+/* The object id prefix of an uploaded item's class number, or NULL for a class that cannot be
+ * uploaded: music and picture items are listed below their folder containers, video items below
+ * the all-video container. */
+const char *ObjectIdPrefix(uint32_t ulClass) {
+    switch (ulClass) {
+    case MDB_CLASS_MUSIC:
+        return "0.1.264";
+    case MDB_CLASS_VIDEO:
+        return "0.2.512";
+    case MDB_CLASS_PICTURE:
+        return "0.3.771";
+    default:
+        return nullptr;
+    }
+}
+
+/* The id of the "upload" folder below the first root folder; the root's own id when it has no
+ * such child, -1 when there is no root folder. Lookup statuses are not looked at. */
+long long FindUploadFolder(sqlite3 *pstDb) {
+    long long llRootId = -1;
+    QRV_MDB_DbGetItemIdByName(pstDb, 0, nullptr, &llRootId);
+    long long llFolderId = llRootId;
+    QRV_MDB_DbGetItemIdByName(pstDb, llRootId, "upload", &llFolderId);
+    return llFolderId;
+}
+
+/* Delete an earlier object of the same file name in the upload folder with its note, after a
+ * one-second pause when its upload is still pending. Its file stays: the new upload reuses the path. */
+void ReplaceEarlierObject(sqlite3 *pstDb, long long llFolderId, const char *pcFileName) {
+    long long llOldId = 0;
+    QRV_MDB_DbGetItemIdByName(pstDb, llFolderId, pcFileName, &llOldId);
+    if (llOldId == 0) {
+        return;
+    }
+    if (QRV_MDB_FindUploadNote(llOldId) == 0) {
+        sleep(1);
+    }
+    MdbExecSql(pstDb, "BEGIN", nullptr, nullptr, nullptr);
+    QRV_MDB_DbDelItem(pstDb, llOldId);
+    MdbExecSql(pstDb, "COMMIT", nullptr, nullptr, nullptr);
+    QRV_MDB_DelUploadNote(llOldId);
+}
+
+/* The row's date: the request's, or today's local date as "%Y-%m-%d" (empty if the clock cannot
+ * be converted). */
+void FormatDate(const char *pcRequestDate, char *pcDate, size_t ulSize) {
+    memset(pcDate, 0, ulSize);
+    if (pcRequestDate != nullptr) {
+        snprintf(pcDate, ulSize, "%s", pcRequestDate);
+        return;
+    }
+    const time_t now = time(nullptr);
+    const struct tm *pstNow = localtime(&now);
+    if (pstNow != nullptr) {
+        strftime(pcDate, ulSize, "%Y-%m-%d", pstNow);
+    }
+}
+
+/* One insert of the new row: size 0, empty lastModify, every other number 0. */
+uint32_t AddRow(sqlite3 *pstDb, long long llFolderId, uint32_t ulFlags, const char *pcTitle,
+                const char *pcFileName, const char *pcDate, long long *pllNewId) {
+    return QRV_MDB_DbAddItem(pstDb, llFolderId, static_cast<int32_t>(ulFlags), pcTitle, pcFileName, 0, pcDate,
+                             0, 0, 0, 0, 0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, pllNewId);
+}
+
+/* "http://address:port" of the file server for the request's address family; empty for other
+ * families and while the server has no address. */
+void FormatUrlBase(uint32_t ulAddrFamily, char *pcBase, size_t ulSize) {
+    memset(pcBase, 0, ulSize);
+    if (ulAddrFamily == 2) {
+        const char *pcAddr = UpnpGetServerIpAddress();
+        if (pcAddr != nullptr) {
+            snprintf(pcBase, ulSize, "http://%s:%d", pcAddr, UpnpGetFileServerPort());
+        }
+    } else if (ulAddrFamily == 10) {
+        const char *pcAddr = UpnpGetServerIp6Address();
+        if (pcAddr != nullptr) {
+            snprintf(pcBase, ulSize, "http://[%s]:%d", pcAddr, UpnpGetFileServerPort6());
+        }
+    }
+}
+
+/* Set an attribute named by a property table entry, when the table has that entry. */
+void SetColumnAttribute(IXML_Element *pstElement, uint32_t ulCol, const char *pcValue) {
+    if (ulCol < g_ulNumOfDlnaCols && pcValue != nullptr) {
+        ixmlElement_setAttribute(pstElement, g_astDlnaCols[ulCol].pcColName, pcValue);
+    }
+}
+
+/* The answer: an "item" with id, parentID, restricted "0" and managed "4", its title and class,
+ * and a res element with protocolInfo, size, ifoFileURI and importUri. pstDidlRoot moves to the
+ * item. Failures of single XML calls are not looked at. */
+void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
+    IXML_Element *pstItem = nullptr;
+    QRV_MDB_XmlAppendChildElement(pstObj->pstDoc, pstObj->pstDidlRoot, "item", nullptr, &pstItem);
+    pstObj->pstItem = pstItem;
+    if (pstItem != nullptr) {
+        SetColumnAttribute(pstItem, kColId, pstObj->pcObjectId);
+        SetColumnAttribute(pstItem, kColParentId, pstObj->pcParentId);
+        SetColumnAttribute(pstItem, kColRestricted, "0");
+        SetColumnAttribute(pstItem, kColManaged, "4");
+    }
+    pstObj->pstDidlRoot = reinterpret_cast<IXML_Element *>(
+        ixmlNode_getFirstChild(reinterpret_cast<IXML_Node *>(pstObj->pstDidlRoot)));
+
+    QRV_MDB_XmlAppendChildElement(pstObj->pstDoc, pstObj->pstDidlRoot, "dc:title", pstObj->pcTitle,
+                                  &pstObj->pstItem);
+    QRV_MDB_XmlAppendChildElement(pstObj->pstDoc, pstObj->pstDidlRoot, "upnp:class", pstObj->pcClass,
+                                  &pstObj->pstItem);
+
+    QRV_MDB_XmlAppendChildElement(pstObj->pstDoc, pstObj->pstDidlRoot, "res", nullptr, &pstObj->pstRes);
+    IXML_Element *pstRes = pstObj->pstRes;
+    if (pstRes == nullptr) {
+        return;
+    }
+    if (pstObj->pcProtocolInfo != nullptr) {
+        ixmlElement_setAttribute(pstRes, "protocolInfo", pstObj->pcProtocolInfo);
+    }
+    if (pstObj->pcSize != nullptr) {
+        ixmlElement_setAttribute(pstRes, "size", pstObj->pcSize);
+    }
+    if (pstObj->pcIfoFileUri != nullptr) {
+        ixmlElement_setAttribute(pstRes, "dlna:ifoFileURI", pstObj->pcIfoFileUri);
+    }
+    char acBase[256];
+    FormatUrlBase(pstObj->ulAddrFamily, acBase, sizeof acBase);
+    // The import URL is cut at 127 characters, the size of the answer's buffer.
+    const std::string importUri = std::string(acBase) + "/web/upload/" + std::to_string(llNewId) + "." +
+                                  pstObj->pcSuffix;
+    char acImportUri[128];
+    snprintf(acImportUri, sizeof acImportUri, "%s", importUri.c_str());
+    ixmlElement_setAttribute(pstRes, "importUri", acImportUri);
+}
+
+/* The object id "<prefix>|<id>" as a heap text (NULL when it cannot be copied). */
+char *FormatObjectId(const char *pcPrefix, long long llId) {
+    char acId[128];
+    snprintf(acId, sizeof acId, "%s|%lld", pcPrefix, llId);
+    return strdup(acId);
+}
+
+}  // namespace
+
+uint32_t QRV_MDB_CreateObject(MdbNewObject *pstObj) {
+    const uint32_t kFailed = static_cast<uint32_t>(-1);
+    if (pstObj == nullptr || pstObj->pstDoc == nullptr || pstObj->pstDidlRoot == nullptr ||
+        !IsSafeTitle(pstObj->pcTitle) || pstObj->pcSuffix == nullptr || !HasOnlyNameChars(pstObj->pcSuffix)) {
+        return kFailed;
+    }
+    const char *pcPrefix = ObjectIdPrefix(pstObj->ulFlags & MDB_FLAGS_CLASS_MASK);
+    if (pcPrefix == nullptr) {
+        return kFailed;
+    }
+
+    sqlite3 *pstDb = g_pstMdbCtx;
+    const long long llFolderId = FindUploadFolder(pstDb);
+    pstObj->ulFlags &= ~MDB_FLAGS_RESTRICTED;
+
+    char acFileName[128];
+    snprintf(acFileName, sizeof acFileName, "%s.%s", pstObj->pcTitle, pstObj->pcSuffix);
+    ReplaceEarlierObject(pstDb, llFolderId, acFileName);
+
+    char acDate[64];
+    FormatDate(pstObj->pcDate, acDate, sizeof acDate);
+
+    MdbExecSql(pstDb, "BEGIN", nullptr, nullptr, nullptr);
+    long long llNewId = 0;
+    uint32_t ulStatus = AddRow(pstDb, llFolderId, pstObj->ulFlags, pstObj->pcTitle, acFileName, acDate, &llNewId);
+    if (ulStatus != MDB_OK || llNewId <= 0) {
+        sleep(2);
+        ulStatus = AddRow(pstDb, llFolderId, pstObj->ulFlags, pstObj->pcTitle, acFileName, acDate, &llNewId);
+    }
+    MdbExecSql(pstDb, "COMMIT", nullptr, nullptr, nullptr);
+    if (ulStatus != MDB_OK || llNewId <= 0) {
+        return kFailed;
+    }
+
+    pstObj->pcObjectId = FormatObjectId(pcPrefix, llNewId);
+    pstObj->pcParentId = FormatObjectId(pcPrefix, llFolderId);
+    BuildAnswer(pstObj, llNewId);
+
+    QRV_MDB_AddUploadNote(llNewId);
+    QRV_DMS_NOTIFY_SUBSCRIPTION(pstObj->ulFlags);
+    return MDB_OK;
+}
