@@ -1,17 +1,20 @@
 # The commands of the project (see README.md):
 #   make test   installs what is missing, configures, builds and runs every test
-#   make demo   installs what is missing, builds, and shows the library answering Browse requests
+#   make demo   installs what is missing, builds, makes a sample media library, scans it with the
+#               mdb tool and shows the library answering Browse and Search requests on it
 #   make fuzz   builds the libFuzzer targets with clang, ASan and UBSan and runs each for FUZZ_TIME seconds
+#   make bench  builds and runs the benchmark on a synthetic catalogue (never part of tests or CI)
 # They work on a fresh Debian machine; run them as root to let them install Debian packages.
 
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
+BENCH_BUILD ?= build-bench
 JOBS       ?= 2
 FUZZ_BUILD ?= build-fuzz
 FUZZ_TIME  ?= 60
 SCHEMA      = $(CURDIR)/$(BUILD)/share/mdb/create_db.sql
 
-.PHONY: deps configure build test test-sanitize demo fuzz clean
+.PHONY: deps configure build test test-sanitize demo fuzz bench clean
 
 deps:
 	@scripts/install-deps.sh
@@ -49,7 +52,15 @@ fuzz:
 	done
 
 demo: build
-	$(BUILD)/tools/mdb-tree
+	tools/demo.sh $(BUILD)
+
+# The benchmark on a synthetic catalogue (see bench/RESULTS.md); BENCH_ARGS="--million" for about
+# 1,000,000 items. Not part of "make test" or CI.
+bench: deps
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMDB_BENCH=ON -DMDB_BUILD_TESTS=OFF \
+	      -DMDB_SCHEMA_SCRIPT=$(CURDIR)/$(BENCH_BUILD)/share/mdb/create_db.sql >/dev/null
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target mdb_bench
+	$(BENCH_BUILD)/bench/mdb_bench --work $(BENCH_BUILD)/work $(BENCH_ARGS)
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) fuzz-corpus-work
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(BENCH_BUILD) fuzz-corpus-work

@@ -6,7 +6,8 @@
 // on any of these faults:
 //  - a statement that would do anything but read (an authorizer refuses and reports it);
 //  - more than the two statements of one Search, or a statement that is not a single select;
-//  - a WHERE text that SQLite cannot compile, or text behind it;
+//  - a WHERE text that SQLite cannot compile, or text behind it, or that is not one expression;
+//  - a row that the WHERE text selects outside the search container's own conditions;
 //  - MDB_ERR_DB from a Search whose WHERE text compiles (no search may fail inside SQLite);
 //  - a status outside the contract, or expression texts left in the record.
 #include <mdb.h>
@@ -111,6 +112,44 @@ void BuildCatalogue() {
     sqlite3_trace_v2(g_pstDb, SQLITE_TRACE_STMT, OnTrace, nullptr);
 }
 
+/* The container's own conditions: the WHERE text of "*" in that container. */
+std::string ContainerWhere(const std::string &container) {
+    MdbSearchSyntax stSyntax;
+    std::memset(&stSyntax, 0, sizeof(stSyntax));
+    char acCopy[256];
+    std::snprintf(acCopy, sizeof(acCopy), "%s", container.c_str());
+    char acWhere[512];
+    uint32_t ulResultClass = 0, ulCommaSep = 0;
+    if (MDBSearchCriteriaSyntax("*", &stSyntax) != MDB_OK ||
+        MDBSearchCriteriaCheck(container.c_str(), acCopy, sizeof(acCopy), &ulResultClass, acWhere, sizeof(acWhere),
+                               &ulCommaSep, &stSyntax) != MDB_OK) {
+        Fail("a container that translates with criteria but not with *", container);
+    }
+    return acWhere;
+}
+
+/* Criteria only narrow what the container selects: no row matches the WHERE text and not the
+ * container's own conditions. The WHERE text goes in parentheses, so it must also be one whole
+ * expression: a literal closed early, a comment or a dangling operator would show here. */
+void CheckNarrowing(const std::string &container, const char *pcWhere) {
+    std::string sql = std::string("select count(*) from DLNA where (") + pcWhere + ") and not coalesce((" +
+                      ContainerWhere(container) + "), 0)";
+    sqlite3_stmt *pstStmt = nullptr;
+    const char *pcTail = nullptr;
+    if (sqlite3_prepare_v2(g_pstDb, sql.c_str(), -1, &pstStmt, &pcTail) != SQLITE_OK || pstStmt == nullptr ||
+        (pcTail != nullptr && *pcTail != '\0')) {
+        sqlite3_finalize(pstStmt);
+        Fail("a WHERE text that is not one expression", sql);
+    }
+    g_lStatementsRun = 0;
+    int rc = sqlite3_step(pstStmt);
+    long long llOutside = rc == SQLITE_ROW ? sqlite3_column_int64(pstStmt, 0) : -1;
+    sqlite3_finalize(pstStmt);
+    if (llOutside != 0) {
+        Fail("rows beyond the search container", sql);
+    }
+}
+
 /* The criteria check and the translation alone: a translated WHERE text must compile as one
  * statement. Returns the check's status. */
 uint32_t CheckAndTranslate(const std::string &container, const std::string &criteria) {
@@ -150,6 +189,7 @@ uint32_t CheckAndTranslate(const std::string &container, const std::string &crit
     if (pcTail != nullptr && *pcTail != '\0') {
         Fail("text behind the WHERE text", sql);
     }
+    CheckNarrowing(container, acWhere);
     return ulStatus;
 }
 

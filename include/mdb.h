@@ -490,7 +490,8 @@ MDB_API extern MdbRootPath *g_pstRootPaths;
 MDB_API extern uint32_t g_ulRootPathNum;
 
 /* Release the root list and read it anew. No roots: MDB_OK and no list. MDB_ERR_MEM when the list
- * cannot be allocated (no list); MDB_ERR_DB when a statement fails. */
+ * cannot be allocated (no list); MDB_ERR_DB when a statement fails. A NULL connection: MDB_ERR_PARA
+ * before anything is released. */
 MDB_API uint32_t QRV_MDB_DbGetRoots(sqlite3 *pstDb);
 /* Add ulBits to folder llId's flags unless (flags AND ulBits) is already greater than 1. */
 MDB_API uint32_t QRV_MDB_UpdateFolderFlags(sqlite3 *pstDb, long long llId, uint32_t ulBits);
@@ -546,7 +547,8 @@ MDB_API char *MdbStrAppend(char *pcDst, uint32_t ulSize, const char *pcSrc);
 /* Check a SearchCriteria text and split it into expression texts (strdup'ed, released by
  * MDBSearchCriteriaCheck) and a skeleton of parentheses, " A ", " O " and "_<property index>".
  * "*" gives the skeleton "*". MDB_OK when accepted; MDB_ERR_PARA for NULL, empty or rejected text,
- * also for more than 32 expressions, an expression over 255 characters or a skeleton over 1023;
+ * also for more than 32 expressions, an expression over 255 characters, parentheses nested more
+ * than 16 deep or a skeleton over 1023;
  * MDB_ERR_MEM when an expression cannot be copied. A rejected text leaves no expression behind. */
 MDB_API uint32_t MDBSearchCriteriaSyntax(const char *pcCriteria, MdbSearchSyntax *pstSyntax);
 
@@ -557,7 +559,8 @@ MDB_API uint32_t MDBSearchCriteriaSyntax(const char *pcCriteria, MdbSearchSyntax
  * The expression texts of pstSyntax are released in every case. Returns MDB_OK; MDB_ERR_FAIL for
  * NULL arguments and a protocolInfo value without MIME type or profile; the resolver's status for
  * an unknown container; MDB_ERR_PARA for an expression that cannot be translated or a text that
- * would not fit its buffer (nothing is cut). */
+ * would not fit its buffer (nothing is cut); MDB_ERR_MEM when an SQL text cannot be formatted or a
+ * static container's id does not fit the copy. */
 MDB_API uint32_t MDBSearchCriteriaCheck(const char *pcContainerId, char *pcCopy, uint32_t ulCopySize,
                                         uint32_t *pulResultClass, char *pcWhere, uint32_t ulWhereSize,
                                         uint32_t *pulCommaSep, MdbSearchSyntax *pstSyntax);

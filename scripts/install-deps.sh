@@ -4,6 +4,9 @@
 set -euo pipefail
 
 packages=(cmake make g++ pkg-config libsqlite3-dev libupnp-dev libgtest-dev googletest libxml2-dev)
+# The mdb tool's media scanner reads tags and stream properties with these libraries; ffmpeg makes
+# the sample media library of the demo and of the tool's tests.
+packages+=(libtag1-dev libexif-dev libjpeg-dev libpng-dev libavformat-dev libavcodec-dev libavutil-dev ffmpeg)
 if [ "${MDB_WITH_FUZZ:-0}" = 1 ]; then
   packages+=(clang libclang-rt-14-dev)
 fi

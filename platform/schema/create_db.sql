@@ -56,14 +56,17 @@ CREATE INDEX PUBLISHERS_name ON PUBLISHERS(name);
 -- browse statements filter on the class expression "(flags & 127)" (SQLite uses an index on an
 -- expression when the statement writes the same expression) and sort by title:
 --  - folder children: parentID, then title, so a page of "ORDER BY title" is read in index order;
---  - all items of a class: the class, then title;
+--    flags completes it, so that the children count and the rows a deep OFFSET skips are judged
+--    by their class in the index, without a read of the table row;
+--  - all items of a class: the class, then title, then flags for the same reason (search criteria
+--    on the class and the title are answered from this index alone);
 --  - items of a genre, artist or album: the category, the class, then title;
 --  - the artist and album lists: the class, then the category id, so the list's sub-select reads
 --    the distinct ids in index order; flags itself completes the index so that the sub-select
 --    never touches the table, also on SQLite versions that do not take an indexed expression as
 --    covering its column.
-CREATE INDEX ITEM_parent_title      ON ITEM(parentID, title);
-CREATE INDEX ITEM_class_title       ON ITEM((flags & 127), title);
+CREATE INDEX ITEM_parent_title      ON ITEM(parentID, title, flags);
+CREATE INDEX ITEM_class_title       ON ITEM((flags & 127), title, flags);
 CREATE INDEX ITEM_class_artist      ON ITEM((flags & 127), exID_ARTIST, flags);
 CREATE INDEX ITEM_class_album       ON ITEM((flags & 127), exID_ALBUM, flags);
 CREATE INDEX ITEM_genre_class_title ON ITEM(exID_GENRE, (flags & 127), title);

@@ -3,6 +3,8 @@
 #include <mdb.h>
 #include <mdb_platform.h>
 
+#include "cds/item_writer.h"
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -36,12 +38,7 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseAll(const MdbStaticContainer *pstNode,
         return ulStatus;
     }
     pstAction->ulTotalMatches = 0;
-    MdbItemBuildCtx stCtx{};
-    stCtx.pstContainer = pstNode;
-    stCtx.pstAction = pstAction;
-    stCtx.pcBaseId = acBaseId;
-    stCtx.llLastId = -1;
-    stCtx.ulCommaSep = 0;
+    MdbItemBuildCtx stCtx = MdbMakeItemBuildCtx(pstNode, pstAction, acBaseId, 0);
     return QRV_MDB_DbBrowseByType(g_pstMdbCtx, pstAction, llRowId, ulClass, ulBrowseFlag, MdbBuildItemCallback, &stCtx,
                                   &pstAction->ulTotalMatches);
 }

@@ -2,6 +2,7 @@
 // (a GENRES, ARTISTS or ALBUMS row) and "N|k,r" for the item r inside it. All five follow one
 // pattern; what differs is the value list, the item statements and the name lookup.
 #include "cds/category_browse.h"
+#include "cds/item_writer.h"
 
 #include <mdb_platform.h>
 
@@ -68,12 +69,7 @@ uint32_t BrowseCategory(const CategoryKind &kind, const MdbStaticContainer *pstN
         return AnswerWithContainer(pstNode, nullptr, nullptr, pstAction);
     }
 
-    MdbItemBuildCtx stCtx{};
-    stCtx.pstContainer = pstNode;
-    stCtx.pstAction = pstAction;
-    stCtx.pcBaseId = acId;
-    stCtx.llLastId = -1;
-    stCtx.ulCommaSep = 1;
+    MdbItemBuildCtx stCtx = MdbMakeItemBuildCtx(pstNode, pstAction, acId, 1);
 
     const char *pcComma = std::strchr(pcSubId, ',');
     if (pcComma != nullptr) {

@@ -15,84 +15,69 @@ const char *SortText(const MdbActionCtx *pstAction) {
     return pstAction->pcSortStr != nullptr ? pstAction->pcSortStr : "";
 }
 
+/* The count and row statements of one kind of category listing. Both formats take the category
+ * (or row) id, the class mask and the class; the row format then takes the sort text, the page
+ * size and the page start. */
+struct CategoryStatements {
+    const char *pcCount;
+    const char *pcRows;
+};
+
+constexpr CategoryStatements kGenreItems = {
+    "select count(distinct ITEM.id) from ITEM where ITEM.exID_GENRE=%d and (flags & %d)=%d",
+    "select * from DLNA where DLNA.genre_id=%d and (DLNA.flags & %d)=%d %s LIMIT %u OFFSET %u"};
+constexpr CategoryStatements kArtistItems = {
+    "select count(distinct ITEM.id) from ITEM where ITEM.exID_ARTIST=%d and (flags & %d)=%d",
+    "select * from DLNA where DLNA.artist_id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u"};
+constexpr CategoryStatements kAlbumItems = {
+    "select count(distinct ITEM.id) from ITEM where ITEM.exID_ALBUM=%d and (flags & %d)=%d",
+    "select * from DLNA where DLNA.album_id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u"};
+constexpr CategoryStatements kOneItem = {
+    "select count(id) from ITEM where id=%d and (flags & %d)=%d",
+    "select * from DLNA where id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u"};
+
 /* Runs the count statement into *pulTotal (when given; its result is not tested), then the row
- * statement with the callback. */
-uint32_t RunCountAndRows(sqlite3 *pstDb, const char *pcCountSql, const char *pcRowsSql, MdbRowCallback pfnCallback,
-                         void *pvArg, uint32_t *pulTotal) {
-    if (pulTotal != nullptr) {
-        MdbExecSql(pstDb, pcCountSql, MdbGetCountCallback, pulTotal, nullptr);
+ * statement with the callback. MDB_ERR_PARA without connection or action, MDB_ERR_DB when the row
+ * statement fails, else MDB_OK. */
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+uint32_t RunCategoryStatements(const CategoryStatements &stStatements, sqlite3 *pstDb, MdbActionCtx *pstAction,
+                               int32_t lId, uint32_t ulClass, MdbRowCallback pfnCallback, void *pvArg,
+                               uint32_t *pulTotal) {
+    if (pstDb == nullptr || pstAction == nullptr) {
+        return MDB_ERR_PARA;
     }
-    return MdbExecSql(pstDb, pcRowsSql, pfnCallback, pvArg, nullptr) != 0 ? MDB_ERR_DB : MDB_OK;
+    const int lClass = static_cast<int>(ulClass);
+    if (pulTotal != nullptr) {
+        char acCount[512] = {0};
+        std::snprintf(acCount, sizeof acCount, stStatements.pcCount, static_cast<int>(lId), kClassMask, lClass);
+        MdbExecSql(pstDb, acCount, MdbGetCountCallback, pulTotal, nullptr);
+    }
+    char acRows[512] = {0};
+    std::snprintf(acRows, sizeof acRows, stStatements.pcRows, static_cast<int>(lId), kClassMask, lClass,
+                  SortText(pstAction), pstAction->ulRequestedCount, pstAction->ulStartingIndex);
+    return MdbExecSql(pstDb, acRows, pfnCallback, pvArg, nullptr) != 0 ? MDB_ERR_DB : MDB_OK;
 }
+#pragma GCC diagnostic pop
 
 }  // namespace
 
 uint32_t MdbBrowseGenreItems(sqlite3 *pstDb, MdbActionCtx *pstAction, int32_t lId, uint32_t ulClass,
                              MdbRowCallback pfnCallback, void *pvArg, uint32_t *pulTotal) {
-    if (pstDb == nullptr || pstAction == nullptr) {
-        return MDB_ERR_PARA;
-    }
-    const int lClass = static_cast<int>(ulClass);
-    char acCount[512] = {0};
-    char acRows[512] = {0};
-    std::snprintf(acCount, sizeof acCount,
-                  "select count(distinct ITEM.id) from ITEM where ITEM.exID_GENRE=%d and (flags & %d)=%d",
-                  static_cast<int>(lId), kClassMask, lClass);
-    std::snprintf(acRows, sizeof acRows,
-                  "select * from DLNA where DLNA.genre_id=%d and (DLNA.flags & %d)=%d %s LIMIT %u OFFSET %u",
-                  static_cast<int>(lId), kClassMask, lClass, SortText(pstAction), pstAction->ulRequestedCount,
-                  pstAction->ulStartingIndex);
-    return RunCountAndRows(pstDb, acCount, acRows, pfnCallback, pvArg, pulTotal);
+    return RunCategoryStatements(kGenreItems, pstDb, pstAction, lId, ulClass, pfnCallback, pvArg, pulTotal);
 }
 
 uint32_t MdbBrowseArtistItems(sqlite3 *pstDb, MdbActionCtx *pstAction, int32_t lId, uint32_t ulClass,
                               MdbRowCallback pfnCallback, void *pvArg, uint32_t *pulTotal) {
-    if (pstDb == nullptr || pstAction == nullptr) {
-        return MDB_ERR_PARA;
-    }
-    const int lClass = static_cast<int>(ulClass);
-    char acCount[512] = {0};
-    char acRows[512] = {0};
-    std::snprintf(acCount, sizeof acCount,
-                  "select count(distinct ITEM.id) from ITEM where ITEM.exID_ARTIST=%d and (flags & %d)=%d",
-                  static_cast<int>(lId), kClassMask, lClass);
-    std::snprintf(acRows, sizeof acRows,
-                  "select * from DLNA where DLNA.artist_id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u",
-                  static_cast<int>(lId), kClassMask, lClass, SortText(pstAction), pstAction->ulRequestedCount,
-                  pstAction->ulStartingIndex);
-    return RunCountAndRows(pstDb, acCount, acRows, pfnCallback, pvArg, pulTotal);
+    return RunCategoryStatements(kArtistItems, pstDb, pstAction, lId, ulClass, pfnCallback, pvArg, pulTotal);
 }
 
 uint32_t MdbBrowseAlbumItems(sqlite3 *pstDb, MdbActionCtx *pstAction, int32_t lId, uint32_t ulClass,
                              MdbRowCallback pfnCallback, void *pvArg, uint32_t *pulTotal) {
-    if (pstDb == nullptr || pstAction == nullptr) {
-        return MDB_ERR_PARA;
-    }
-    const int lClass = static_cast<int>(ulClass);
-    char acCount[512] = {0};
-    char acRows[512] = {0};
-    std::snprintf(acCount, sizeof acCount,
-                  "select count(distinct ITEM.id) from ITEM where ITEM.exID_ALBUM=%d and (flags & %d)=%d",
-                  static_cast<int>(lId), kClassMask, lClass);
-    std::snprintf(acRows, sizeof acRows,
-                  "select * from DLNA where DLNA.album_id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u",
-                  static_cast<int>(lId), kClassMask, lClass, SortText(pstAction), pstAction->ulRequestedCount,
-                  pstAction->ulStartingIndex);
-    return RunCountAndRows(pstDb, acCount, acRows, pfnCallback, pvArg, pulTotal);
+    return RunCategoryStatements(kAlbumItems, pstDb, pstAction, lId, ulClass, pfnCallback, pvArg, pulTotal);
 }
 
 uint32_t MdbBrowseCategoryItem(sqlite3 *pstDb, MdbActionCtx *pstAction, int32_t lRowId, uint32_t ulClass,
                                MdbRowCallback pfnCallback, void *pvArg, uint32_t *pulTotal) {
-    if (pstDb == nullptr || pstAction == nullptr) {
-        return MDB_ERR_PARA;
-    }
-    const int lClass = static_cast<int>(ulClass);
-    char acCount[512] = {0};
-    char acRows[512] = {0};
-    std::snprintf(acCount, sizeof acCount, "select count(id) from ITEM where id=%d and (flags & %d)=%d",
-                  static_cast<int>(lRowId), kClassMask, lClass);
-    std::snprintf(acRows, sizeof acRows, "select * from DLNA where id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u",
-                  static_cast<int>(lRowId), kClassMask, lClass, SortText(pstAction), pstAction->ulRequestedCount,
-                  pstAction->ulStartingIndex);
-    return RunCountAndRows(pstDb, acCount, acRows, pfnCallback, pvArg, pulTotal);
+    return RunCategoryStatements(kOneItem, pstDb, pstAction, lRowId, ulClass, pfnCallback, pvArg, pulTotal);
 }

@@ -69,7 +69,8 @@ extern "C" MDB_API uint32_t QRV_MDB_XmlAppendChildElement(IXML_Document *pstDoc,
 
 /* Write the upnp:searchClass elements of a search class value: one class for 1..L, nothing for 0
  * and for L+1..127, and for 128 and above every class k (ascending) that the adaptation library
- * puts in that set. A single class returns its append's status; a set skips failed appends. */
+ * puts in that set. A single class returns its append's status; a set skips failed appends.
+ * A NULL action record (no document to write in) gives MDB_ERR_PARA rather than a crash. */
 extern "C" MDB_API uint32_t QRV_MDB_AppendSearchClass(MdbActionCtx *pstAction, IXML_Element *pstContainer,
                                                       uint32_t ulSearchClass) {
     if (pstAction == nullptr) {
@@ -95,7 +96,8 @@ extern "C" MDB_API uint32_t QRV_MDB_AppendSearchClass(MdbActionCtx *pstAction, I
  * suffix; id is left out when id plus suffix exceed 255 characters) or id, parentID (without),
  * restricted, and searchable when the filter asks; children dc:title (pcTitle, or the node's own),
  * upnp:class, upnp:storageUsed, and upnp:writeStatus and upnp:searchClass when the filter asks.
- * Returns the sum of the element appends' statuses: zero means everything was written. */
+ * Returns the sum of the element appends' statuses: zero means everything was written. A NULL
+ * node or action record gives MDB_ERR_PARA and writes nothing, rather than a crash. */
 extern "C" MDB_API uint32_t QRV_MDB_BuildMetadataForStaticContainer(const MdbStaticContainer *pstNode,
                                                                     const char *pcTitle, const char *pcSuffix,
                                                                     MdbActionCtx *pstAction) {

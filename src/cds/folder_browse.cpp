@@ -5,6 +5,8 @@
 
 #include <mdb_platform.h>
 
+#include "cds/item_writer.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -63,12 +65,7 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseFolder(const MdbStaticContainer *pstNo
     const long long llRowId = std::atoll(pcSubId);
     pstAction->ulTotalMatches = 0;
     char acBaseId[256] = {0};
-    MdbItemBuildCtx stCtx{};
-    stCtx.pstContainer = pstNode;
-    stCtx.pstAction = pstAction;
-    stCtx.pcBaseId = acBaseId;
-    stCtx.llLastId = -1;
-    stCtx.ulCommaSep = 0;
+    MdbItemBuildCtx stCtx = MdbMakeItemBuildCtx(pstNode, pstAction, acBaseId, 0);
     const uint32_t ulStatus = QRV_MDB_StaticContainerGetObjId(pstNode, acBaseId, sizeof acBaseId);
     if (ulStatus != MDB_OK) {
         return ulStatus;
@@ -81,7 +78,8 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseFolder(const MdbStaticContainer *pstNo
  * its items of ulClass, counted whole into *pulTotal and fetched one page at a time in the sort
  * order of the action. Metadata (flag 0): the row itself; with a total place its existence is
  * tested first, and a missing row sets UPnP error 701 "No such object." and MDB_ERR_NOT_FOUND.
- * A failed row statement is reported on standard output and gives MDB_ERR_DB. */
+ * A failed row statement is reported on standard output and gives MDB_ERR_DB. The error text is
+ * copied only when the server provided a buffer for it (the code and the line are set anyway). */
 extern "C" MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId,
                                                    uint32_t ulClass, uint32_t ulBrowseFlag, MdbRowCallback pfnCallback,
                                                    void *pvArg, uint32_t *pulTotal) {

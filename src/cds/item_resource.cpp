@@ -41,7 +41,8 @@ TransferTexts TransferOfFamily(uint32_t ulFlags) {
 
 /* protocolInfo for a profile: LPCM with its fixed OP and FLAGS; "Unknown" without DLNA.ORG_PN;
  * any other with its name. A family without transfer parameters gives no OP and FLAGS: then
- * "Unknown" becomes "http-get:*:mime:*" and any other name carries DLNA.ORG_PN alone. */
+ * "Unknown" becomes "http-get:*:mime:*" and any other name carries DLNA.ORG_PN alone.
+ * A profile record without name or MIME type writes them as empty texts, never formats NULL. */
 void MdbFormatProtocolInfo(const MdbDlnaProfile *pstProfile, uint32_t ulFlags, char *pcBuf, uint32_t ulSize) {
     if (pstProfile == nullptr || pcBuf == nullptr || ulSize == 0) {
         return;

@@ -22,6 +22,8 @@ const char *RowValue(int lColNum, char **ppcValues, uint32_t ulIdx) {
  * the filter: asked for, not excluded from the filter, and of the object's kind (container-only
  * properties on containers, the others on items). */
 bool FilterAsksFor(const MdbActionCtx *pstAction, uint32_t ulIdx, uint16_t usFlags, uint32_t ulClass) {
+    // The server must always hand in filter bytes; an action without them asks for nothing
+    // instead of crashing the writer.
     if (pstAction->pucFilter == nullptr || pstAction->pucFilter[ulIdx] == 0 || (usFlags & MDB_COL_NOT_FILTERED) != 0) {
         return false;
     }
@@ -86,7 +88,8 @@ uint32_t MdbBuildColumn(MdbItemBuildCtx *pstCtx, int lColNum, char **ppcValues, 
 /* Row callback of the statement runner over "select * from DLNA ..." rows; pvArg is an
  * MdbItemBuildCtx. Rows beyond the action's RequestedCount, item rows without a DLNA profile
  * (reported on standard output, not counted) and rows that are not DLNA view rows are skipped.
- * Always returns 0, so that a bad row never stops the statement. */
+ * Always returns 0, so that a bad row never stops the statement. SQL NULLs are never
+ * dereferenced: a NULL id or flags value reads as 0, and a NULL flags text prints as empty. */
 extern "C" MDB_API int MdbBuildItemCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames) {
     MdbItemBuildCtx *pstCtx = static_cast<MdbItemBuildCtx *>(pvArg);
     if (pstCtx == nullptr || pstCtx->pstAction == nullptr || ppcValues == nullptr || lColNum < MDB_ROW_MIN_VALUES) {

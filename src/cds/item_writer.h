@@ -25,6 +25,19 @@ enum MdbDlnaColPosition : uint32_t {
     MDB_COL_IDX_STANDARD = 32   // written with the constant text "STANDARD"
 };
 
+/* The context of one statement run: zeroed, then the container, the action, the base id and the
+ * separator flag set and llLastId -1, as every caller starts it. */
+inline MdbItemBuildCtx MdbMakeItemBuildCtx(const MdbStaticContainer *pstContainer, MdbActionCtx *pstAction,
+                                           const char *pcBaseId, uint32_t ulCommaSep) {
+    MdbItemBuildCtx stCtx{};
+    stCtx.pstContainer = pstContainer;
+    stCtx.pstAction = pstAction;
+    stCtx.pcBaseId = pcBaseId;
+    stCtx.llLastId = -1;
+    stCtx.ulCommaSep = ulCommaSep;
+    return stCtx;
+}
+
 /* Set the id and parentID attributes of pstCtx->pstItem for the row: the listing's base id and
  * the row id joined with "|" (or "," when ulCommaSep is set), parentID the base; with an empty or
  * "0" base the base comes from the row's class and folder bits. Does nothing without an element. */

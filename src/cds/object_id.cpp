@@ -86,6 +86,7 @@ const MdbStaticContainer *MdbFindChildContainer(const MdbStaticContainer *pstNod
             return nullptr;
         }
         const MdbStaticContainer *found = nullptr;
+        // A node that counts children but has no array has none: never read through NULL.
         for (uint16_t i = 0; pstNode->pstChildren != nullptr && i < pstNode->usChildNum; ++i) {
             if (pstNode->pstChildren[i].usId == static_cast<uint16_t>(number)) {
                 found = &pstNode->pstChildren[i];

@@ -23,6 +23,7 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseStaticContainer(const MdbStaticContain
     }
     pstAction->ulTotalMatches = 0;
     pstAction->ulNumberReturned = 0;
+    // A node that counts children but has no array lists none: never read through NULL.
     for (uint16_t i = 0; pstNode->pstChildren != nullptr && i < pstNode->usChildNum; ++i) {
         if (pstAction->ulTotalMatches < pstAction->ulRequestedCount) {
             uint32_t status =

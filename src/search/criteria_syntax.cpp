@@ -18,6 +18,12 @@ namespace {
 // Longest expression text that is accepted (it must fit a 256-byte text with its NUL).
 constexpr size_t kMaxExprLen = 255;
 
+// Deepest nesting of parentheses that is accepted. The SQL translation keeps every parenthesis,
+// and SQLite parses with a bounded stack: about 90 bare levels, or about 17 when each level holds
+// "x or y and (", overflow it and the statement fails. 16 levels with the most demanding mix that
+// 32 expressions allow still leave room; clients nest a few levels at most.
+constexpr int32_t kMaxParenDepth = 16;
+
 // The outcome of one parser step: go on, or stop the whole check with a status.
 struct Step {
     bool bOk;
@@ -58,7 +64,9 @@ Step ParenthesisStep(MdbSearchSyntax *pstSyntax, const char **ppc) {
             return kReject;
         }
         pstSyntax->ulState = MDB_SYN_OPEN;
-        ++pstSyntax->lParenDepth;
+        if (++pstSyntax->lParenDepth > kMaxParenDepth) {
+            return kReject;
+        }
     } else {
         if (pstSyntax->ulState == MDB_SYN_START || pstSyntax->ulState == MDB_SYN_OPEN ||
             pstSyntax->ulState == MDB_SYN_LOGIC) {

@@ -13,7 +13,8 @@ namespace {
 
 constexpr size_t kSqlSize = 512;
 
-// Copies pcValue (NULL is "") into the ulSize-byte buffer, cut to ulSize - 1 characters.
+// Copies pcValue (NULL is "") into the ulSize-byte buffer, cut to ulSize - 1 characters. A
+// buffer size of 0 leaves the buffer alone: there is no room even for the NUL.
 void CopyCut(char *pcDst, size_t ulSize, const char *pcValue) {
     if (pcDst == nullptr || ulSize == 0) {
         return;

@@ -62,7 +62,8 @@ uint32_t QRV_MDB_DbAddItem(sqlite3 *pstDb, long long llParentId, int32_t lFlags,
 }
 
 /* Overwrite all 23 values of row llId with the template mdb_updateitem_sql points at when called.
- * Title and file name are required; id 0 is refused. A missing row is no error. */
+ * Title and file name are required; id 0 is refused. A missing row is no error. A server that set
+ * the template pointer to NULL gets MDB_ERR_PARA rather than a NULL format handed to SQLite. */
 uint32_t QRV_MDB_DbUpdateItemValues(sqlite3 *pstDb, long long llParentId, int32_t lFlags,
                                     const char *pcTitle, const char *pcFileName, long long llSize,
                                     const char *pcDate, int32_t lBitsPerSample, long long llDuration,

@@ -8,7 +8,8 @@
 
 /* Find the entry named pcName (NULL is "") in table pcTable, inserting it when missing, and store
  * its exID in *pllId (0 when no positive id results). The table name is inserted verbatim. The
- * lookup and the insert are two statements without a transaction of their own. */
+ * lookup and the insert are two statements without a transaction of their own. The result pointer
+ * is always written, so a NULL one is refused (MDB_ERR_PARA) before anything runs. */
 uint32_t QRV_MDB_DbAddItemExtraInfo(sqlite3 *pstDb, long long *pllId, const char *pcTable,
                                     const char *pcName) {
     if (pstDb == nullptr || pllId == nullptr || pcTable == nullptr || pcTable[0] == '\0') {

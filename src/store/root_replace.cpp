@@ -73,6 +73,8 @@ uint32_t QRV_MDB_ReplaceRoot(sqlite3 *pstDb, const char *pcBase, const char *pcN
     char acPrefix[kPathSize] = {0};
     std::strncpy(acPrefix, pcNewRoot, kPathSize - 1);
     const size_t ulCopyLen = std::strlen(acPrefix);
+    // A base of 4095 characters or more would put the component behind the cut copy: refuse it
+    // rather than read past the buffer.
     if (ulBaseLen + 1 > ulCopyLen) {
         return MDB_ERR_PARA;
     }

@@ -56,7 +56,8 @@ int MdbGetIdCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames
 }
 
 /* pvArg: long long ** (a cursor into the caller's array). Stores column 0 at the cursor (SQL NULL
- * stores -1) and advances it by one. Checks no bound: the array must have room for every row. */
+ * stores -1) and advances it by one. Checks no bound: the array must have room for every row. A
+ * null cursor stores nothing. */
 int MdbGetIdListCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames) {
     (void)ppcNames;
     if (pvArg == nullptr || lColNum < 1) {

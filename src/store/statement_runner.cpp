@@ -5,7 +5,8 @@
 /* Run pcSql on pstDb with the row callback; while SQLite answers SQLITE_BUSY (the busy handler's
  * budget spent), run the whole text again at once. Returns the first other result code. An error
  * text of a busy attempt is released before the retry, so at most the final one reaches the
- * caller. A null connection or text is SQLITE_MISUSE. */
+ * caller. A null connection or text is SQLITE_MISUSE: SQLite itself would run a null text as an
+ * empty one and report success, which would let a failed formatting pass as a statement that ran. */
 int MdbExecSql(sqlite3 *pstDb, const char *pcSql, MdbRowCallback pfnCallback, void *pvArg,
                char **ppcErrMsg) {
     if (pstDb == nullptr || pcSql == nullptr) {

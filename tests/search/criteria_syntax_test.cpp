@@ -165,10 +165,18 @@ std::string Repeat(const std::string &part, const std::string &joiner, int n) {
     return s;
 }
 
+std::string Nested(const std::string &inner, int depth) {
+    return std::string(depth, '(') + inner + std::string(depth, ')');
+}
+
 TEST(CriteriaSyntax, LimitsRefuseTheWholeText) {
     const std::string expr = "dc:title = \"x\"";
     std::string value255(255 - std::strlen("dc:title = \"\""), 'v');
     std::string value256 = value255 + "v";
+    // 26 groups 16 deep of "_33" (985 characters), " A " and one more group 14 deep: 1023 or 1024.
+    const std::string groups = Repeat(Nested("@refID exists false", 16), " and ", 26) + " and ";
+    const std::string skeleton1023 = groups + Nested(expr + " and " + expr, 14);
+    const std::string skeleton1024 = groups + Nested("@refID exists false and " + expr, 14);
     struct {
         std::string criteria;
         const char *status;
@@ -180,10 +188,12 @@ TEST(CriteriaSyntax, LimitsRefuseTheWholeText) {
         {"dc:title = \"" + value255 + "\"", "MDB_OK", 1, "an expression of 255 characters"},
         {"dc:title = \"" + value256 + "\"", "MDB_ERR_PARA", 0, "an expression of 256 characters"},
         {"dc:title = \"a\" and dc:title = \"" + value256 + "\"", "MDB_ERR_PARA", 0, "a long second expression"},
-        {std::string(1021, '(') + expr + std::string(1021, ')'), "MDB_ERR_PARA", 0, "a skeleton over 1023"},
-        {std::string(508, '(') + expr + " and " + expr + std::string(508, ')'), "MDB_OK", 2, "a skeleton of 1023"},
-        {std::string(509, '(') + expr + " and " + expr + std::string(509, ')'), "MDB_ERR_PARA", 0,
-         "a skeleton of 1025"},
+        {Nested(expr, 16), "MDB_OK", 1, "parentheses 16 deep"},
+        {Nested(expr, 17), "MDB_ERR_PARA", 0, "parentheses 17 deep"},
+        {Nested(expr, 100), "MDB_ERR_PARA", 0, "parentheses deeper than SQLite parses"},
+        {Repeat(expr + " and (", "", 17) + expr + std::string(17, ')'), "MDB_ERR_PARA", 0, "17 nested and-groups"},
+        {skeleton1023, "MDB_OK", 28, "a skeleton of 1023"},
+        {skeleton1024, "MDB_ERR_PARA", 0, "a skeleton of 1024"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.why);
@@ -194,7 +204,7 @@ TEST(CriteriaSyntax, LimitsRefuseTheWholeText) {
             EXPECT_TRUE(p.skeletonAllZero());
         }
     }
-    Parsed full((std::string(508, '(') + expr + " and " + expr + std::string(508, ')')).c_str());
+    Parsed full(skeleton1023.c_str());
     EXPECT_EQ(std::strlen(full.st.acSkeleton), 1023u);
 }
 

@@ -193,6 +193,43 @@ TEST_F(SearchRequest, RefusedRequests) {
     searchtest::FailStrdupCall(-1);
 }
 
+TEST_F(SearchRequest, DeepestCriteriaStillParseInSqlite) {
+    // The nesting that needs most of SQLite's parser stack: per level two expressions, "or" and
+    // "and" pending before the next "(", 16 levels and all 32 expressions.
+    auto deepest = [](const std::string &innermost) {
+        std::string c;
+        for (int i = 0; i < 15; ++i) {
+            c += "@refID exists false or @refID exists false and (";
+        }
+        return c + "@refID exists false and (" + innermost + std::string(16, ')');
+    };
+    Action all(false, 100, 0);
+    ASSERT_EQ(Status(Search(all, "0.1.264|5", "*")), "MDB_OK");
+
+    Action items(false, 100, 0);
+    items.adoptSort(strdup("ORDER BY title"));
+    SqlTrace trace(lib.db());
+    ASSERT_EQ(Status(Search(items, "0.1.264|5", deepest("@refID exists false").c_str())), "MDB_OK");
+    EXPECT_EQ(trace.statements().size(), 2u);
+    EXPECT_EQ(items->ulTotalMatches, all->ulTotalMatches);
+    EXPECT_EQ(WrittenTitleSet(items), WrittenTitleSet(all));
+
+    Action genres(false, 100, 0);
+    genres.adoptSort(strdup("ORDER BY genre"));
+    ASSERT_EQ(Status(Search(genres, "0.1.257", deepest("upnp:class = \"object.container.genre.musicGenre\"").c_str())),
+              "MDB_OK");
+    EXPECT_EQ(WrittenTitles(genres), (std::vector<std::string>{"It's Pop", "Jazz", "Rock"}));
+
+    // Deeper nesting is refused before any SQL runs (100 levels would overflow SQLite's parser).
+    for (int depth : {17, 100}) {
+        Action deeper(false, 100, 0);
+        SqlTrace none(lib.db());
+        std::string criteria = std::string(depth, '(') + "@refID exists false" + std::string(depth, ')');
+        EXPECT_EQ(Status(Search(deeper, "0.1.264|5", criteria.c_str())), "MDB_ERR_PARA") << depth;
+        EXPECT_TRUE(none.statements().empty()) << depth;
+    }
+}
+
 TEST_F(SearchRequest, NoDatabase) {
     sqlite3 *saved = g_pstMdbCtx;
     g_pstMdbCtx = nullptr;

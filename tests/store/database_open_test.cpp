@@ -1,6 +1,6 @@
-// Opening catalogues: creation with the schema script (through the script path seam), reuse of
-// existing files, the read-only and read-write opens and their messages, and the busy budget that
-// every open sets.
+// Opening catalogues: creation with the schema script (through the script path seam), reuse of an
+// existing file, the read-only and read-write opens with their messages, and the budget every open
+// sets.
 #include "store_test_util.h"
 
 #include "catalogue.h"
@@ -10,36 +10,24 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
-using mdbtest::TempDir;
-using storetest::column;
-
 namespace {
 
-const char *const kSchemaObjects[] = {"ITEM",    "GENRES",  "ARTISTS",  "ALBUMS",   "ACTORS",     "AUTHORS",
-                                      "CREATORS", "DIRECTORS", "PRODUCERS", "PUBLISHERS", "AV_INFO", "DLNA"};
+using mdbtest::TempDir;
+using storetest::rows;
 
-// Names of the tables and views in a database.
-std::vector<std::string> SchemaNames(sqlite3 *db) {
-    return column(db, "select name from sqlite_master where type in ('table','view') order by name");
-}
+const char kSchemaQuery[] = "select name from sqlite_master where type in ('table','view') order by name";
 
-// Points the schema script at a test script for one scope, then back at the default.
-class ScriptPath {
-public:
+// Points the schema script at a path for one scope, then back at the default.
+struct ScriptPath {
     explicit ScriptPath(const std::string &path) { MdbSetSchemaScriptPath(path.c_str()); }
     ~ScriptPath() { MdbSetSchemaScriptPath(nullptr); }
 };
 
-class DatabaseOpen : public ::testing::Test {
-protected:
+TEST(DatabaseOpen, NewFileGetsTheSchemaAndAnExistingEmptyFileIsLeftAlone) {
     TempDir dir;
-};
-
-TEST_F(DatabaseOpen, NewFileGetsTheShippedSchema) {
     ScriptPath script(MDB_TEST_SCHEMA_SCRIPT);
     g_mdbTimeout = 7;
     int existed = -1;
@@ -47,152 +35,77 @@ TEST_F(DatabaseOpen, NewFileGetsTheShippedSchema) {
     ASSERT_NE(db, nullptr);
     EXPECT_EQ(existed, 0);
     EXPECT_EQ(g_mdbTimeout, 80);
-    std::vector<std::string> names = SchemaNames(db);
-    for (const char *object : kSchemaObjects) {
-        EXPECT_NE(std::find(names.begin(), names.end(), object), names.end()) << object << " missing";
-    }
-    // The connection is usable for the store operations at once.
-    long long id = 0;
-    EXPECT_STATUS(QRV_MDB_DbAddItem(db, 0, 2, "root", "/mnt/usb1_1", 0, "", 0, 0, 0, 0, 0, 0, "", 0, 0, 0, 0, 0,
-                                    0, 0, 0, 0, 0, &id),
-                  MDB_OK);
-    EXPECT_EQ(column(db, "select count(*) from DLNA"), std::vector<std::string>{"1"});
+    EXPECT_EQ(rows(db, "select count(*) from sqlite_master where name in "
+                       "('ITEM','GENRES','ARTISTS','ALBUMS','AV_INFO','DLNA')"),
+              std::vector<std::string>{"6"});
     sqlite3_close(db);
-}
 
-TEST_F(DatabaseOpen, ExistingFileIsUsedUnchanged) {
-    ScriptPath script(MDB_TEST_SCHEMA_SCRIPT);
-    struct Case {
-        const char *what;
-        bool makeCatalogueFirst;  // else an empty file
-    };
-    for (const Case &c : {Case{"empty file", false}, Case{"catalogue with a row", true}}) {
-        SCOPED_TRACE(c.what);
-        std::string path = dir.file(std::string(c.what) + ".db");
-        if (c.makeCatalogueFirst) {
-            sqlite3 *first = QRV_MDB_DbInit(path.c_str(), nullptr);
-            ASSERT_NE(first, nullptr);
-            ASSERT_EQ(MdbExecSql(first, "insert into GENRES values (NULL, 'Jazz')", nullptr, nullptr, nullptr),
-                      SQLITE_OK);
-            sqlite3_close(first);
-        } else {
-            dir.write(std::string(c.what) + ".db", "");
-        }
-        int existed = -1;
-        sqlite3 *db = QRV_MDB_DbInit(path.c_str(), &existed);
-        ASSERT_NE(db, nullptr);
-        EXPECT_EQ(existed, 1);
-        if (c.makeCatalogueFirst) {
-            EXPECT_EQ(column(db, "select name from GENRES"), std::vector<std::string>{"Jazz"});
-        } else {
-            EXPECT_TRUE(SchemaNames(db).empty()) << "the script ran on an existing empty file";
-        }
-        sqlite3_close(db);
-    }
-}
-
-TEST_F(DatabaseOpen, ScriptRunsAllStatementsAsOneBatch) {
-    std::string script = dir.write("three.sql",
-                                   "create table A(x);\ninsert into A values (1);\n"
-                                   "insert into A values (2); create view V as select x from A;");
-    ScriptPath path(script);
-    sqlite3 *db = QRV_MDB_DbInit(dir.file("batch.db").c_str(), nullptr);
+    std::string empty = dir.write("empty.db", "");
+    existed = -1;
+    db = QRV_MDB_DbInit(empty.c_str(), &existed);
     ASSERT_NE(db, nullptr);
-    EXPECT_EQ(column(db, "select x from V order by x"), (std::vector<std::string>{"1", "2"}));
+    EXPECT_EQ(existed, 1);
+    EXPECT_TRUE(rows(db, kSchemaQuery).empty()) << "the script ran on an existing file";
     sqlite3_close(db);
 }
 
-// A failed creation returns NULL with the connection closed (LeakSanitizer reports a connection
-// left open) and leaves the created file, which the next open takes as existing.
-TEST_F(DatabaseOpen, MissingOrFailingScriptGivesNull) {
+// A failed creation returns NULL with the connection closed (LeakSanitizer reports one left open)
+// and leaves the created file, which the next open takes as existing: the script does not run again.
+TEST(DatabaseOpen, MissingOrFailingScriptGivesNull) {
+    TempDir dir;
     struct Case {
         const char *what;
-        bool writeScript;
-        const char *scriptText;
-        const char *tableLeftBehind;  // what the script did before it failed, or nullptr
+        const char *scriptText;  // nullptr: no script file
+        std::vector<std::string> leftBehind;
     };
     const Case cases[] = {
-        {"missing script", false, "", nullptr},
-        {"failing second statement", true, "create table A(x); create tabel B(y); create table C(z);", "A"},
-        {"failing first statement", true, "insert into NOWHERE values (1);", nullptr},
+        {"missing", nullptr, {}},
+        {"failing", "create table A(x); create tabel B(y); create table C(z);", {"A"}},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.what);
-        std::string script = c.writeScript ? dir.write(std::string(c.what) + ".sql", c.scriptText)
-                                           : dir.file("no-such-script.sql");
-        ScriptPath path(script);
+        ScriptPath path(c.scriptText ? dir.write(std::string(c.what) + ".sql", c.scriptText) : dir.file("none.sql"));
         std::string dbPath = dir.file(std::string(c.what) + ".db");
         int existed = -1;
         EXPECT_EQ(QRV_MDB_DbInit(dbPath.c_str(), &existed), nullptr);
         EXPECT_EQ(existed, 0);
-        ASSERT_TRUE(mdbtest::fileExists(dbPath)) << "the file the open created stays";
-
         sqlite3 *again = QRV_MDB_DbInit(dbPath.c_str(), &existed);
         ASSERT_NE(again, nullptr);
         EXPECT_EQ(existed, 1);
-        std::vector<std::string> expected;
-        if (c.tableLeftBehind != nullptr) {
-            expected.push_back(c.tableLeftBehind);
-        }
-        EXPECT_EQ(SchemaNames(again), expected);
+        EXPECT_EQ(rows(again, kSchemaQuery), c.leftBehind);
         sqlite3_close(again);
     }
 }
 
-TEST_F(DatabaseOpen, NullPathGivesNullEverywhere) {
-    int existed = 5;
-    EXPECT_EQ(QRV_MDB_DbInit(nullptr, &existed), nullptr);
+TEST(DatabaseOpen, ReadOnlyAndReadWriteOpens) {
+    TempDir dir;
+    EXPECT_EQ(QRV_MDB_DbInit(nullptr, nullptr), nullptr);
     EXPECT_EQ(QRV_MDB_DbInitReadOnly(nullptr), nullptr);
     EXPECT_EQ(QRV_MDB_DbInitReadWrite(nullptr), nullptr);
-}
 
-TEST_F(DatabaseOpen, ReadOnlyOpen) {
-    mdbtest::Catalogue catalogue;
-    catalogue.addFolder(0, "/mnt/usb1_1");
-    std::string path = catalogue.dbPath();
-
-    g_mdbTimeout = 3;
-    sqlite3 *db = QRV_MDB_DbInitReadOnly(path.c_str());
-    ASSERT_NE(db, nullptr);
-    EXPECT_EQ(g_mdbTimeout, 80);
-    EXPECT_EQ(column(db, "select fileName from ITEM"), std::vector<std::string>{"/mnt/usb1_1"});
-    EXPECT_EQ(MdbExecSql(db, "delete from ITEM", nullptr, nullptr, nullptr), SQLITE_READONLY);
-    EXPECT_STATUS(QRV_MDB_DbDelItem(db, 1), MDB_ERR_DB);
-    sqlite3_close(db);
+    // Read-write creates an empty file without the schema; read-only then opens it, refusing writes.
+    std::string path = dir.file("rw.db");
+    for (auto open : {QRV_MDB_DbInitReadWrite, QRV_MDB_DbInitReadOnly}) {
+        g_mdbTimeout = 3;
+        sqlite3 *db = open(path.c_str());
+        ASSERT_NE(db, nullptr);
+        EXPECT_EQ(g_mdbTimeout, 80);
+        EXPECT_TRUE(rows(db, kSchemaQuery).empty());
+        EXPECT_EQ(MdbExecSql(db, "create table A(x); drop table A", nullptr, nullptr, nullptr),
+                  open == QRV_MDB_DbInitReadOnly ? SQLITE_READONLY : SQLITE_OK);
+        sqlite3_close(db);
+    }
 
     std::string missing = dir.file("missing.db");
     testing::internal::CaptureStdout();
     EXPECT_EQ(QRV_MDB_DbInitReadOnly(missing.c_str()), nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), missing + " read fail\n");
     EXPECT_FALSE(mdbtest::fileExists(missing)) << "a read-only open must not create the file";
-}
-
-TEST_F(DatabaseOpen, ReadWriteOpenCreatesAnEmptyFileWithoutSchema) {
-    ScriptPath script(MDB_TEST_SCHEMA_SCRIPT);
-    std::string path = dir.file("rw.db");
-    g_mdbTimeout = 3;
-    sqlite3 *db = QRV_MDB_DbInitReadWrite(path.c_str());
-    ASSERT_NE(db, nullptr);
-    EXPECT_EQ(g_mdbTimeout, 80);
-    EXPECT_TRUE(SchemaNames(db).empty());
-    EXPECT_EQ(MdbExecSql(db, "create table A(x); insert into A values (1)", nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(db);
-    EXPECT_TRUE(mdbtest::fileExists(path));
 
     std::string unreachable = dir.file("no-such-dir/rw.db");
     testing::internal::CaptureStdout();
     EXPECT_EQ(QRV_MDB_DbInitReadWrite(unreachable.c_str()), nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), unreachable + " open fail\n");
-}
-
-TEST_F(DatabaseOpen, ScriptPathSeam) {
-    std::string defaultPath = MdbSchemaScriptPath();
-    EXPECT_FALSE(defaultPath.empty());
-    {
-        ScriptPath path("/elsewhere/x.sql");
-        EXPECT_STREQ(MdbSchemaScriptPath(), "/elsewhere/x.sql");
-    }
-    EXPECT_EQ(MdbSchemaScriptPath(), defaultPath);
 }
 
 }  // namespace

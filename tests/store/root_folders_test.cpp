@@ -19,18 +19,6 @@ namespace {
 
 using mdbtest::ItemValues;
 
-// The current root list as "id:title" texts ("id:NULL" for a missing title), sorted: the list
-// comes in whatever order SQLite delivers the rows.
-std::vector<std::string> RootList() {
-    std::vector<std::string> out;
-    for (uint32_t i = 0; i < g_ulRootPathNum; ++i) {
-        const MdbRootPath &root = g_pstRootPaths[i];
-        out.push_back(std::to_string(root.llId) + ":" + (root.pcTitle != nullptr ? root.pcTitle : "NULL"));
-    }
-    std::sort(out.begin(), out.end());
-    return out;
-}
-
 class RootPaths : public ::testing::Test {
 protected:
     void TearDown() override {
@@ -44,63 +32,57 @@ protected:
         g_ulRootPathNum = 0;
         MdbSetAllocator(nullptr);
     }
-    std::string entry(long long id, const std::string &title) { return std::to_string(id) + ":" + title; }
+    // The list as sorted "id:title" texts ("id:NULL" for no title): SQLite chooses the row order.
+    static std::vector<std::string> list() {
+        std::vector<std::string> out;
+        for (uint32_t i = 0; i < g_ulRootPathNum; ++i) {
+            const char *title = g_pstRootPaths[i].pcTitle;
+            out.push_back(std::to_string(g_pstRootPaths[i].llId) + ":" + (title ? title : "NULL"));
+        }
+        std::sort(out.begin(), out.end());
+        return out;
+    }
+    static std::string entry(long long id, const std::string &title) { return std::to_string(id) + ":" + title; }
     mdbtest::Catalogue catalogue;
 };
 
-TEST_F(RootPaths, CatalogueWithoutRootsHasNoList) {
-    catalogue.addFolder(7, "not a root");
-    EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
-    EXPECT_EQ(g_ulRootPathNum, 0u);
-    EXPECT_EQ(g_pstRootPaths, nullptr);
-}
-
-TEST_F(RootPaths, ListsTheRowsWithParentZero) {
+TEST_F(RootPaths, RebuildsListTheRowsWithParentZero) {
     long long usb = catalogue.addFolder(0, "/mnt/usb1_1");
     catalogue.addFolder(usb, "music");
-    long long disk = catalogue.addFolder(0, "/mnt/disk_1");
     long long untitled = catalogue.addFolder(0, "/mnt/sd_1");
     catalogue.exec("update ITEM set title=NULL where id=" + std::to_string(untitled));
-
     EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
-    EXPECT_EQ(RootList(), (std::vector<std::string>{entry(usb, "/mnt/usb1_1"), entry(disk, "/mnt/disk_1"),
-                                                     entry(untitled, "NULL")}));
+    EXPECT_EQ(list(), (std::vector<std::string>{entry(usb, "/mnt/usb1_1"), entry(untitled, "NULL")}));
 
-    // A second rebuild replaces the list (the first one's titles are released: LeakSanitizer).
-    catalogue.exec("delete from ITEM where id=" + std::to_string(usb));
-    EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
-    EXPECT_EQ(RootList(), (std::vector<std::string>{entry(disk, "/mnt/disk_1"), entry(untitled, "NULL")}));
-
-    // A rebuild on a catalogue that lost its roots leaves no list.
-    catalogue.exec("delete from ITEM where parentID=0");
-    EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
-    EXPECT_EQ(g_pstRootPaths, nullptr);
-    EXPECT_EQ(g_ulRootPathNum, 0u);
-}
-
-TEST_F(RootPaths, RootAddedBetweenCountAndFillWaitsForTheNextRebuild) {
-    long long usb = catalogue.addFolder(0, "/mnt/usb1_1");
+    // A root that another connection adds between count and fill waits for the next rebuild, which
+    // replaces the list (LeakSanitizer sees the first list's titles released).
     storetest::SecondConnection other(catalogue.dbPath());
     {
-        storetest::BeforeStatement hook(catalogue.db(), "select id,title from ITEM where parentID=0", [&] {
-            EXPECT_EQ(other.exec("insert into ITEM (parentID, flags, title, fileName) values (0, 2, 'late', '/late')"),
+        storetest::StatementHook hook(catalogue.db(), "select id,title from ITEM where parentID=0", [&] {
+            EXPECT_EQ(other.exec("insert into ITEM (id, parentID, flags, title, fileName) values (90, 0, 2, 'late', 'l')"),
                       SQLITE_OK);
         });
         EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
         ASSERT_TRUE(hook.fired());
     }
-    EXPECT_EQ(RootList(), std::vector<std::string>{entry(usb, "/mnt/usb1_1")});
-
+    std::vector<std::string> expected = {entry(usb, "/mnt/usb1_1"), entry(untitled, "NULL")};
+    EXPECT_EQ(list(), expected);
     EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
-    EXPECT_EQ(g_ulRootPathNum, 2u);
+    expected.push_back(entry(90, "late"));
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(list(), expected);
+
+    catalogue.exec("delete from ITEM where parentID=0");
+    EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
+    EXPECT_EQ(g_pstRootPaths, nullptr) << "no roots: no list";
+    EXPECT_EQ(g_ulRootPathNum, 0u);
 }
 
 TEST_F(RootPaths, FailuresLeaveTheDocumentedList) {
     long long usb = catalogue.addFolder(0, "/mnt/usb1_1");
     EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
-
     EXPECT_STATUS(QRV_MDB_DbGetRoots(nullptr), MDB_ERR_PARA);
-    EXPECT_EQ(RootList(), std::vector<std::string>{entry(usb, "/mnt/usb1_1")}) << "no connection: list kept";
+    EXPECT_EQ(list(), std::vector<std::string>{entry(usb, "/mnt/usb1_1")}) << "no connection: list kept";
 
     MdbSetAllocator([](size_t) -> void * { return nullptr; });
     EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_ERR_MEM);
@@ -121,32 +103,28 @@ protected:
 
 TEST_F(FolderFlags, UpdateAddsBitsUnlessAlreadyPresent) {
     struct Case {
-        const char *what;
         int32_t start;
         uint32_t bits;
         int32_t expected;
         bool writes;
     };
     const Case cases[] = {
-        {"music bit on a plain folder", 2, 0x800, 2050, true},
-        {"music bit already there", 2050, 0x800, 2050, false},
-        {"bit 0 alone does not count as present", 3, 1, 3, true},
-        {"second class added", 0x802, 0x1000, 0x1802, true},
-        {"any overlap beyond bit 0 counts as present", 0x802, 0x1800, 0x802, false},
-        {"two bits at once", 2, 0x3000, 0x3002, true},
+        {2, 0x800, 2050, true},
+        {2050, 0x800, 2050, false},     // already there: no write
+        {3, 1, 3, true},                // an overlap in bit 0 alone does not count
+        {0x802, 0x1800, 0x802, false},  // any other overlap does
+        {2, 0x3000, 0x3002, true},
     };
     for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        long long folder = catalogue.addFolder(0, c.what, c.start & ~2);
+        SCOPED_TRACE(std::to_string(c.start) + " + " + std::to_string(c.bits));
+        long long folder = catalogue.addFolder(0, "f");
         catalogue.exec("update ITEM set flags=" + std::to_string(c.start) + " where id=" + std::to_string(folder));
-        storetest::StatementCounter statements(catalogue.db());
+        storetest::StatementHook statements(catalogue.db());
         EXPECT_STATUS(QRV_MDB_UpdateFolderFlags(catalogue.db(), folder, c.bits), MDB_OK);
         EXPECT_EQ(statements.count(), c.writes ? 2 : 1);
         EXPECT_EQ(flagsOf(folder), std::to_string(c.expected));
     }
-    EXPECT_STATUS(QRV_MDB_UpdateFolderFlags(catalogue.db(), 999, 0x800), MDB_OK) << "missing row";
-    EXPECT_EQ(catalogue.scalar("select count(*) from ITEM where id=999"), "0");
-    EXPECT_STATUS(QRV_MDB_UpdateFolderFlags(nullptr, 1, 0x800), MDB_ERR_PARA);
+    EXPECT_STATUS(QRV_MDB_UpdateFolderFlags(catalogue.db(), 999, 0x800), MDB_OK) << "a missing row reads as 0";
 }
 
 TEST_F(FolderFlags, SetReplacesTheWholeWord) {
@@ -156,35 +134,22 @@ TEST_F(FolderFlags, SetReplacesTheWholeWord) {
     EXPECT_STATUS(QRV_MDB_SetFolderFlags(catalogue.db(), child, 130), MDB_OK);
     EXPECT_EQ(flagsOf(child), "130");
     EXPECT_EQ(QRV_MDB_IsFolderEmpty(parent), 1) << "a restricted folder without bits hides";
-    EXPECT_STATUS(QRV_MDB_SetFolderFlags(catalogue.db(), child, -1), MDB_OK);
-    EXPECT_EQ(flagsOf(child), "-1");
-    EXPECT_STATUS(QRV_MDB_SetFolderFlags(nullptr, child, 2), MDB_ERR_PARA);
 }
 
-// What a row is on disk when the re-pointing looks at it.
 enum class OnDisk { Nothing, Directory, File };
 
-struct RowCase {
-    std::string component;  // below the scratch folder
-    OnDisk onDisk;
-    int32_t flags;
-    bool rewritten;
-};
-
-struct CutCase {
-    const char *newComponent;
-    std::vector<RowCase> rows;
-};
-
-class ReplaceRoot : public ::testing::Test {
-protected:
+// The first component of the new root below the base ends in one or two digits, '_' and more: the
+// plain folder rows with the same beginning (without those digits) and the same ending whose
+// directory is gone are pointed at the new root.
+TEST(ReplaceRoot, CutRulesOnRealDirectories) {
     mdbtest::Catalogue catalogue;
-};
-
-// The first component of the new root ends in one or two digits, '_' and more: the rows with the
-// same beginning (without those digits) and the same ending are candidates.
-TEST_F(ReplaceRoot, CutRulesOnRealDirectories) {
-    const CutCase cases[] = {
+    struct Row {
+        std::string component;  // below the scratch folder
+        OnDisk onDisk;
+        int32_t flags;
+        bool rewritten;
+    };
+    const std::pair<const char *, std::vector<Row>> cases[] = {
         {"usb2_1",
          {{"usb1_1", OnDisk::Nothing, 2, true},
           {"usb3_1", OnDisk::Directory, 2, false},   // still mounted
@@ -193,30 +158,22 @@ TEST_F(ReplaceRoot, CutRulesOnRealDirectories) {
           {"usb5_1", OnDisk::Nothing, 2050, false},  // not a plain folder
           {"usc1_1", OnDisk::Nothing, 2, false},     // only the digit is cut, not the 'b'
           {"USB6_1", OnDisk::Nothing, 2, true}}},    // LIKE ignores ASCII case
-        {"usb12_1",
-         {{"usb9_1", OnDisk::Nothing, 2, true},  // both digits cut
-          {"usb34_1", OnDisk::Nothing, 2, true},
-          {"usb3_1", OnDisk::Directory, 2, false}}},
-        {"usb10_1",
-         {{"usb9_1", OnDisk::Nothing, 2, true},  // "10" cut, not just the '0'
-          {"usb1_2", OnDisk::Nothing, 2, false}}},
+        {"usb12_1", {{"usb9_1", OnDisk::Nothing, 2, true}, {"usb34_1", OnDisk::Nothing, 2, true}}},
+        {"usb10_1", {{"usb9_1", OnDisk::Nothing, 2, true}}},  // "10" is cut, not just the '0'
         {"usb01_1",
-         {{"usb07_1", OnDisk::Nothing, 2, true},    // a '0' two places before the '_' is no
-          {"usb17_1", OnDisk::Nothing, 2, false}}},  // device digit: only the '1' is cut
+         {{"usb07_1", OnDisk::Nothing, 2, true},     // a '0' two places before the '_' is no device
+          {"usb17_1", OnDisk::Nothing, 2, false}}},  // digit: only the '1' is cut
         {"disk_1",
          {{"disc_1", OnDisk::Nothing, 2, true},  // the 'k' is cut
           {"disk_1", OnDisk::Directory, 2, false},
-          {"dia_1", OnDisk::Nothing, 2, false},  // the 's' stays
-          {"dist_2", OnDisk::Nothing, 2, false}}},
+          {"dia_1", OnDisk::Nothing, 2, false}}},  // the 's' stays
     };
-    for (const CutCase &c : cases) {
-        SCOPED_TRACE(c.newComponent);
+    for (const auto &[newComponent, rows] : cases) {
+        SCOPED_TRACE(newComponent);
         catalogue.exec("delete from ITEM");
-        mdbtest::TempDir scratch;  // fresh files for each case, under its own folder
-        const std::string caseBase = scratch.path();
+        mdbtest::TempDir scratch;
         std::vector<long long> ids;
-        for (const RowCase &row : c.rows) {
-            std::string path = caseBase + "/" + row.component;
+        for (const Row &row : rows) {
             if (row.onDisk == OnDisk::Directory) {
                 scratch.mkdir(row.component);
             } else if (row.onDisk == OnDisk::File) {
@@ -225,36 +182,40 @@ TEST_F(ReplaceRoot, CutRulesOnRealDirectories) {
             ItemValues v;
             v.flags = row.flags;
             v.title = row.component;
-            v.fileName = path;
+            v.fileName = scratch.file(row.component);
             ids.push_back(catalogue.addItem(v));
         }
-        const std::string newRoot = caseBase + "/" + c.newComponent;
-        EXPECT_STATUS(QRV_MDB_ReplaceRoot(catalogue.db(), caseBase.c_str(), newRoot.c_str()), MDB_OK);
-        for (size_t i = 0; i < c.rows.size(); ++i) {
-            SCOPED_TRACE(c.rows[i].component);
-            std::string id = std::to_string(ids[i]);
-            EXPECT_EQ(catalogue.scalar("select fileName from ITEM where id=" + id),
-                      c.rows[i].rewritten ? newRoot : caseBase + "/" + c.rows[i].component);
-            EXPECT_EQ(catalogue.scalar("select title from ITEM where id=" + id), c.rows[i].component)
-                << "a new root with '/' after its fifth character keeps the title";
+        const std::string newRoot = scratch.file(newComponent);
+        EXPECT_STATUS(QRV_MDB_ReplaceRoot(catalogue.db(), scratch.path().c_str(), newRoot.c_str()), MDB_OK);
+        for (size_t i = 0; i < rows.size(); ++i) {
+            SCOPED_TRACE(rows[i].component);
+            // The scratch path has '/' after its fifth character: titles stay.
+            EXPECT_EQ(catalogue.scalar("select fileName||'|'||title from ITEM where id=" + std::to_string(ids[i])),
+                      (rows[i].rewritten ? newRoot : scratch.file(rows[i].component)) + "|" + rows[i].component);
         }
     }
 }
 
 // The title follows the new root only when the root is longer than five characters and has no '/'
-// after the fifth. These paths must not exist on the machine (they are looked at with stat).
-TEST_F(ReplaceRoot, TitleFollowsShortRoots) {
+// after the fifth. Refused and ignored roots change nothing. These paths must not exist here.
+TEST(ReplaceRoot, TitlesAndRefusedRoots) {
+    mdbtest::Catalogue catalogue;
     struct Case {
         const char *base;
         const char *oldRoot;
         const char *newRoot;
-        const char *expectedTitle;
+        uint32_t status;
+        const char *expected;  // fileName|title afterwards
     };
     const Case cases[] = {
-        {"/nxd", "/nxd/usb1_1", "/nxd/usb2_1", "usb2_1"},
-        {"/nxd", "/nxd/it's1_1", "/nxd/it's2_1", "it's2_1"},
-        {"/nxd", "/nxd/usb1_1/media", "/nxd/usb2_1/media", "old title"},
-        {"/", "/a7_1", "/a2_1", "old title"},  // five characters only
+        {"/nxd", "/nxd/usb1_1", "/nxd/usb2_1", MDB_OK, "/nxd/usb2_1|usb2_1"},
+        {"/nxd", "/nxd/it's1_1", "/nxd/it's2_1", MDB_OK, "/nxd/it's2_1|it's2_1"},
+        {"/nxd", "/nxd/usb1_1/media", "/nxd/usb2_1/media", MDB_OK, "/nxd/usb2_1/media|old"},
+        {"/", "/a7_1", "/a2_1", MDB_OK, "/a2_1|old"},  // five characters only
+        {"/nxd/usb", "/nxd/usb1_1", "/nxd/usb", MDB_OK, "/nxd/usb1_1|old"},  // not longer than the base
+        {"/nxd", "/nxd/usb1_1", "/nxd/usb", MDB_ERR_PARA, "/nxd/usb1_1|old"},  // no '_' in the component
+        {"/nxd", "/nxd/usb1_1", "/nxd/usb/a_1", MDB_ERR_PARA, "/nxd/usb1_1|old"},  // '_' only below it
+        {"/nxd", "/nxd/usb1_1", "/nxd/", MDB_ERR_PARA, "/nxd/usb1_1|old"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.newRoot);
@@ -265,38 +226,12 @@ TEST_F(ReplaceRoot, TitleFollowsShortRoots) {
         catalogue.exec("delete from ITEM");
         ItemValues v;
         v.flags = 2;
-        v.title = "old title";
+        v.title = "old";
         v.fileName = c.oldRoot;
         long long id = catalogue.addItem(v);
-        EXPECT_STATUS(QRV_MDB_ReplaceRoot(catalogue.db(), c.base, c.newRoot), MDB_OK);
-        EXPECT_EQ(catalogue.scalar("select fileName||'|'||title from ITEM where id=" + std::to_string(id)),
-                  std::string(c.newRoot) + "|" + c.expectedTitle);
+        EXPECT_STATUS(QRV_MDB_ReplaceRoot(catalogue.db(), c.base, c.newRoot), c.status);
+        EXPECT_EQ(catalogue.scalar("select fileName||'|'||title from ITEM where id=" + std::to_string(id)), c.expected);
     }
-}
-
-TEST_F(ReplaceRoot, RefusedOrIgnoredRoots) {
-    catalogue.addFolder(0, "/nxd/usb1_1");
-    struct Case {
-        const char *what;
-        const char *base;
-        const char *newRoot;
-        uint32_t expected;
-    };
-    const Case cases[] = {
-        {"not longer than the base", "/nxd/usb", "/nxd/usb", MDB_OK},
-        {"shorter than the base", "/nxd/usb1_1/x", "/nxd/u_1", MDB_OK},
-        {"no '_' in the first component", "/nxd", "/nxd/usb", MDB_ERR_PARA},
-        {"'_' only below the first component", "/nxd", "/nxd/usb/a_1", MDB_ERR_PARA},
-        {"nothing behind the separator", "/nxd", "/nxd/", MDB_ERR_PARA},
-        {"no base", nullptr, "/nxd/usb2_1", MDB_ERR_PARA},
-        {"no new root", "/nxd", nullptr, MDB_ERR_PARA},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_STATUS(QRV_MDB_ReplaceRoot(catalogue.db(), c.base, c.newRoot), c.expected);
-    }
-    EXPECT_EQ(catalogue.scalar("select fileName from ITEM"), "/nxd/usb1_1");
-    EXPECT_STATUS(QRV_MDB_ReplaceRoot(nullptr, "/nxd", "/nxd/usb2_1"), MDB_ERR_PARA);
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <thread>
-#include <vector>
 
 namespace {
 std::atomic<int> g_sleepCalls{0};
@@ -36,56 +36,47 @@ void resetSleepCount() {
 }
 
 SecondConnection::SecondConnection(const std::string &path) {
-    int rc = sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE, nullptr);
-    EXPECT_EQ(rc, SQLITE_OK) << "second connection on " << path;
+    EXPECT_EQ(sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK) << path;
 }
 
 SecondConnection::~SecondConnection() { sqlite3_close(m_db); }
 
-int SecondConnection::exec(const std::string &sql) {
-    return sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr);
-}
+int SecondConnection::exec(const std::string &sql) { return sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr); }
 
-BeforeStatement::BeforeStatement(sqlite3 *db, std::string sql, std::function<void()> action)
+StatementHook::StatementHook(sqlite3 *db, std::string sql, std::function<void()> action)
     : m_db(db), m_sql(std::move(sql)), m_action(std::move(action)) {
-    sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, &BeforeStatement::onTrace, this);
+    sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, &StatementHook::onTrace, this);
 }
 
-BeforeStatement::~BeforeStatement() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
+StatementHook::~StatementHook() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
 
-int BeforeStatement::onTrace(unsigned type, void *ctx, void *stmt, void *text) {
-    (void)stmt;
-    auto *self = static_cast<BeforeStatement *>(ctx);
-    if (type == SQLITE_TRACE_STMT && !self->m_fired && text != nullptr &&
-        self->m_sql == static_cast<const char *>(text)) {
+int StatementHook::onTrace(unsigned type, void *ctx, void *, void *text) {
+    auto *self = static_cast<StatementHook *>(ctx);
+    if (type != SQLITE_TRACE_STMT) {
+        return 0;
+    }
+    ++self->m_count;
+    if (self->m_action && !self->m_fired && text != nullptr && self->m_sql == static_cast<const char *>(text)) {
         self->m_fired = true;
         self->m_action();
     }
     return 0;
 }
 
-StatementCounter::StatementCounter(sqlite3 *db) : m_db(db) {
-    sqlite3_trace_v2(
-        m_db, SQLITE_TRACE_STMT,
-        [](unsigned, void *ctx, void *, void *) {
-            ++static_cast<StatementCounter *>(ctx)->m_count;
-            return 0;
-        },
-        this);
-}
-
-StatementCounter::~StatementCounter() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
-
-std::vector<std::string> column(sqlite3 *db, const std::string &sql) {
-    std::vector<std::string> values;
+std::vector<std::string> rows(sqlite3 *db, const std::string &sql) {
+    std::vector<std::string> out;
     sqlite3_stmt *stmt = nullptr;
     EXPECT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr), SQLITE_OK) << sql << ": " << sqlite3_errmsg(db);
     while (stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW) {
-        const unsigned char *text = sqlite3_column_text(stmt, 0);
-        values.emplace_back(text != nullptr ? reinterpret_cast<const char *>(text) : "NULL");
+        std::string row;
+        for (int col = 0; col < sqlite3_column_count(stmt); ++col) {
+            const unsigned char *text = sqlite3_column_text(stmt, col);
+            row += (col ? "|" : "") + std::string(text != nullptr ? reinterpret_cast<const char *>(text) : "NULL");
+        }
+        out.push_back(row);
     }
     sqlite3_finalize(stmt);
-    return values;
+    return out;
 }
 
 }  // namespace storetest

@@ -1,5 +1,5 @@
 // Helpers shared by the store tests: status checks by name, a counting usleep, a second
-// connection on a catalogue file, and a hook that runs code just before a given statement starts.
+// connection on a catalogue file, statement hooks, and reading rows back as text.
 #pragma once
 
 #include <mdb.h>
@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,31 +22,28 @@ namespace storetest {
 int sleepCount();
 void resetSleepCount();
 
-// A plain SQLite connection of its own on an existing file, closed when it goes.
+// A plain SQLite connection of its own on an existing file, without busy handling.
 class SecondConnection {
 public:
     explicit SecondConnection(const std::string &path);
     ~SecondConnection();
     SecondConnection(const SecondConnection &) = delete;
     SecondConnection &operator=(const SecondConnection &) = delete;
-
-    sqlite3 *db() const { return m_db; }
-    // sqlite3_exec without any busy handling; returns SQLite's code.
-    int exec(const std::string &sql);
+    int exec(const std::string &sql);  // SQLite's result code
 
 private:
     sqlite3 *m_db = nullptr;
 };
 
-// While alive, runs `action` once, just before the first statement on `db` whose text equals
-// `sql` starts (before it takes any lock).
-class BeforeStatement {
+// While alive, traces the statements that start on `db`: counts them, and runs `action` once just
+// before the first one whose text equals `sql` (before it takes any lock).
+class StatementHook {
 public:
-    BeforeStatement(sqlite3 *db, std::string sql, std::function<void()> action);
-    ~BeforeStatement();
-    BeforeStatement(const BeforeStatement &) = delete;
-    BeforeStatement &operator=(const BeforeStatement &) = delete;
-
+    explicit StatementHook(sqlite3 *db, std::string sql = "", std::function<void()> action = nullptr);
+    ~StatementHook();
+    StatementHook(const StatementHook &) = delete;
+    StatementHook &operator=(const StatementHook &) = delete;
+    int count() const { return m_count; }
     bool fired() const { return m_fired; }
 
 private:
@@ -55,25 +51,11 @@ private:
     sqlite3 *m_db;
     std::string m_sql;
     std::function<void()> m_action;
+    int m_count = 0;
     bool m_fired = false;
 };
 
-// While alive, counts the statements that start on `db`.
-class StatementCounter {
-public:
-    explicit StatementCounter(sqlite3 *db);
-    ~StatementCounter();
-    StatementCounter(const StatementCounter &) = delete;
-    StatementCounter &operator=(const StatementCounter &) = delete;
-
-    int count() const { return m_count; }
-
-private:
-    sqlite3 *m_db;
-    int m_count = 0;
-};
-
-// The values of a column of a query, one text per row ("NULL" for SQL NULL), in row order.
-std::vector<std::string> column(sqlite3 *db, const std::string &sql);
+// The rows of a query, each as its columns joined with '|' ("NULL" for SQL NULL), in row order.
+std::vector<std::string> rows(sqlite3 *db, const std::string &sql);
 
 }  // namespace storetest

@@ -1,0 +1,121 @@
+// The DLNA profile the scanner chooses from what a reader found, at the limits of each profile,
+// and the flags word the profile library gives for it.
+#include <dlna_choice.h>
+
+#include <mdb_platform.h>
+
+#include <gtest/gtest.h>
+
+namespace mdbtest {
+namespace {
+
+using mdbscan::MediaInfo;
+using mdbscan::MediaKind;
+
+struct ProfileCase {
+    const char *what;
+    MediaKind kind;
+    const char *format;
+    uint32_t width, height;
+    int32_t sampleFrequency, channels, bitrateBytes;
+    const char *videoCodec;
+    double frameRate;
+    const char *mime;
+    const char *profile;  // as the flags word's profile names it
+};
+
+const ProfileCase kCases[] = {
+    {"MP3 at 44.1 kHz", MediaKind::kAudio, "mp3", 0, 0, 44100, 2, 16000, "", 0, "audio/mpeg", "MP3"},
+    {"MP3 at 22.05 kHz is MP3X", MediaKind::kAudio, "mp3", 0, 0, 22050, 2, 8000, "", 0, "audio/mpeg", "MP3X"},
+    {"AAC up to 320 kb/s", MediaKind::kAudio, "m4a", 0, 0, 48000, 2, 40000, "", 0, "audio/mp4", "AAC_ISO_320"},
+    {"AAC above 320 kb/s", MediaKind::kAudio, "m4a", 0, 0, 48000, 2, 40125, "", 0, "audio/mp4", "AAC_ISO"},
+    {"AAC with 6 channels", MediaKind::kAudio, "m4a", 0, 0, 48000, 6, 30000, "", 0, "audio/mp4", "AAC_ISO"},
+    {"WMA up to 192 kb/s", MediaKind::kAudio, "wma", 0, 0, 44100, 2, 24000, "", 0, "audio/x-ms-wma", "WMABASE"},
+    {"FLAC has no profile", MediaKind::kAudio, "flac", 0, 0, 96000, 2, 0, "", 0, "audio/x-flac", "Unknown"},
+    {"JPEG 160x160 is a thumbnail", MediaKind::kImage, "jpeg", 160, 160, 0, 0, 0, "", 0, "image/jpeg", "JPEG_TN"},
+    {"JPEG 161x100 is small", MediaKind::kImage, "jpeg", 161, 100, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
+    {"JPEG 640x480 is small", MediaKind::kImage, "jpeg", 640, 480, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
+    {"JPEG 480x640 (portrait) is small", MediaKind::kImage, "jpeg", 480, 640, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
+    {"JPEG 641x480 is medium", MediaKind::kImage, "jpeg", 641, 480, 0, 0, 0, "", 0, "image/jpeg", "JPEG_MED"},
+    {"JPEG 1025x768 is large", MediaKind::kImage, "jpeg", 1025, 768, 0, 0, 0, "", 0, "image/jpeg", "JPEG_LRG"},
+    {"PNG 160x160 is a thumbnail", MediaKind::kImage, "png", 160, 160, 0, 0, 0, "", 0, "image/png", "PNG_TN"},
+    {"PNG 161x160 is large", MediaKind::kImage, "png", 161, 160, 0, 0, 0, "", 0, "image/png", "PNG_LRG"},
+    {"BMP has no profile", MediaKind::kImage, "bmp", 10, 10, 0, 0, 0, "", 0, "image/bmp", "Unknown"},
+    {"MPEG-2 PS at 576 lines is PAL", MediaKind::kVideo, "mpeg", 720, 576, 48000, 2, 0, "mpeg2video", 25, "video/mpeg",
+     "MPEG_PS_PAL"},
+    {"MPEG-2 PS at 480 lines, 29.97 fps is NTSC", MediaKind::kVideo, "mpeg", 720, 480, 48000, 2, 0, "mpeg2video", 29.97,
+     "video/mpeg", "MPEG_PS_NTSC"},
+    {"MPEG-1 PS", MediaKind::kVideo, "mpeg", 352, 288, 44100, 2, 0, "mpeg1video", 25, "video/mpeg", "MPEG1"},
+    {"TS at 720 lines is HD", MediaKind::kVideo, "mpegts", 1280, 720, 48000, 2, 0, "mpeg2video", 25, "video/mpeg",
+     "MPEG_TS_HD_NA_ISO"},
+    {"TS at 576 lines is SD", MediaKind::kVideo, "mpegts", 720, 576, 48000, 2, 0, "mpeg2video", 25, "video/mpeg",
+     "MPEG_TS_SD_EU_ISO"},
+    {"timestamped TS (m2ts) at 1080 lines", MediaKind::kVideo, "m2ts", 1920, 1080, 48000, 2, 0, "h264", 25,
+     "video/vnd.dlna.mpeg-tts", "MPEG_TS_HD_NA"},
+    {"H.264 MP4 at CIF", MediaKind::kVideo, "mp4", 352, 288, 48000, 2, 0, "h264", 15, "video/mp4",
+     "AVC_MP4_BL_CIF15_AAC_520"},
+    {"H.264 MP4 at SD", MediaKind::kVideo, "mp4", 720, 576, 48000, 2, 0, "h264", 25, "video/mp4",
+     "AVC_MP4_MP_SD_AAC_MULT5"},
+    {"H.264 MP4 at HD", MediaKind::kVideo, "mp4", 1920, 1080, 48000, 2, 0, "h264", 25, "video/mp4", "AVC_MP4_HP_HD_AAC"},
+    {"Matroska has no profile", MediaKind::kVideo, "matroska", 640, 360, 48000, 2, 0, "h264", 25, "video/x-matroska",
+     "Unknown"},
+};
+
+TEST(DlnaChoice, ChoosesTheProfileThatFitsAndTheLibraryAgrees) {
+    for (const ProfileCase &c : kCases) {
+        SCOPED_TRACE(c.what);
+        MediaInfo info;
+        info.format = c.format;
+        info.width = c.width;
+        info.height = c.height;
+        info.sampleFrequency = c.sampleFrequency;
+        info.nrAudioChannels = c.channels;
+        info.bitrate = c.bitrateBytes;
+        info.videoCodec = c.videoCodec;
+        info.frameRate = c.frameRate;
+        mdbscan::ChooseDlnaProfile(c.kind, info);
+        EXPECT_EQ(info.mimeType, c.mime);
+        uint32_t flags = 0;
+        std::string error;
+        ASSERT_TRUE(mdbscan::ResolveItemFlags(c.kind, info, flags, error)) << error;
+        EXPECT_EQ(flags & MDB_FLAGS_CLASS_MASK, mdbscan::ItemClassOfKind(c.kind));
+        const MdbDlnaProfile *profile = QRV_DLNA_GetProfileByProfileId(flags);
+        ASSERT_NE(profile, nullptr);
+        EXPECT_STREQ(profile->pcProfileName, c.profile);
+        EXPECT_STREQ(profile->pcMimeType, c.mime);
+    }
+}
+
+TEST(DlnaChoice, RefusesFormatsTheProfileLibraryDoesNotKnow) {
+    const struct {
+        MediaKind kind;
+        const char *mime;
+    } cases[] = {{MediaKind::kVideo, "video/webm"}, {MediaKind::kAudio, ""}, {MediaKind::kAudio, "image/png"}};
+    for (const auto &c : cases) {
+        MediaInfo info;
+        info.mimeType = c.mime;
+        uint32_t flags = 0;
+        std::string error;
+        EXPECT_FALSE(mdbscan::ResolveItemFlags(c.kind, info, flags, error)) << c.mime;
+        EXPECT_FALSE(error.empty()) << c.mime;
+    }
+}
+
+TEST(MediaKinds, ExtensionsDecideWhatIsMedia) {
+    const struct {
+        const char *name;
+        MediaKind kind;
+    } cases[] = {
+        {"song.mp3", MediaKind::kAudio},  {"SONG.FLAC", MediaKind::kAudio}, {"a.b.wav", MediaKind::kAudio},
+        {"clip.MP4", MediaKind::kVideo},  {"tape.mpg", MediaKind::kVideo},  {"show.m2ts", MediaKind::kVideo},
+        {"photo.JPeG", MediaKind::kImage}, {"icon.png", MediaKind::kImage}, {"notes.txt", MediaKind::kNone},
+        {"mp3", MediaKind::kNone},        {".mp3", MediaKind::kNone},       {"song.", MediaKind::kNone},
+        {"song.mp3.part", MediaKind::kNone},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(mdbscan::KindOfFileName(c.name), c.kind) << c.name;
+    }
+}
+
+}  // namespace
+}  // namespace mdbtest

@@ -1,0 +1,91 @@
+// The media scanner: fills a catalogue from directories on disk and keeps it in step with them.
+//
+// Each directory becomes a root folder row (parentID 0, fileName its absolute path); its folders
+// become folder rows and its audio, video and picture files item rows with their tags, stream
+// properties and DLNA profile. A rescan is incremental: files whose size and modification time
+// are unchanged are not read again, vanished files and folders are deleted, and folder bits are
+// recomputed. Unreadable or corrupt files are reported and skipped.
+#pragma once
+
+#include "catalogue_writer.h"
+
+#include <mdb.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace mdbscan {
+
+struct ScanOptions {
+    bool progress = false;      // keep a progress line on `messages` (for a terminal)
+    uint32_t batchSize = 1000;  // changes per transaction
+    FILE *messages = stderr;    // skipped files, unreadable folders, the upload folder note
+};
+
+struct ScanCounts {
+    uint32_t folders = 0;         // folders walked (roots included)
+    uint32_t foldersAdded = 0;
+    uint32_t foldersRemoved = 0;
+    uint32_t files = 0;           // media files found
+    uint32_t added = 0;           // new item rows
+    uint32_t updated = 0;         // item rows rewritten because the file changed
+    uint32_t unchanged = 0;       // same size and modification time: not read again
+    uint32_t removed = 0;         // item rows deleted: vanished, no longer media, or now unreadable
+    uint32_t skipped = 0;         // media files that could not be read
+    uint32_t ignored = 0;         // files that are not media
+};
+
+struct SkippedFile {
+    std::string path;
+    std::string reason;
+};
+
+class MediaScanner {
+public:
+    // db: a catalogue opened with QRV_MDB_DbInit; the scanner writes it with the store operations.
+    MediaScanner(sqlite3 *db, const ScanOptions &options);
+
+    // Scans every directory as a root. Before any change each is checked to be a readable
+    // directory (else MDB_ERR_PARA and lastError()). MDB_ERR_DB when a statement fails: the
+    // batches committed before stay, the open one is rolled back.
+    uint32_t Scan(const std::vector<std::string> &directories);
+
+    const ScanCounts &counts() const { return m_counts; }
+    const std::vector<SkippedFile> &skippedFiles() const { return m_skipped; }
+    const std::string &lastError() const { return m_error; }
+    // The upload folder made or found below the first root, empty when uploads are unavailable.
+    const std::string &uploadFolder() const { return m_uploadFolder; }
+
+private:
+    struct Ancestor {
+        unsigned long long device;
+        unsigned long long inode;
+    };
+
+    uint32_t ScanRoot(const std::string &path);
+    uint32_t EnsureUploadFolder();
+    uint32_t ScanFolder(const std::string &path, long long folderId, uint32_t folderFlags, uint32_t &bits);
+    uint32_t ScanFile(const std::string &path, const std::string &name, long long folderId, long long size,
+                      long long mtime, const CatalogueRow *existing, uint32_t &bits);
+    void Skip(const std::string &path, const std::string &reason);
+    void ShowProgress(const std::string &where, bool force);
+    void ClearProgress();
+
+    sqlite3 *m_db;
+    ScanOptions m_options;
+    CatalogueWriter m_writer;
+    ScanCounts m_counts;
+    std::vector<SkippedFile> m_skipped;
+    std::vector<Ancestor> m_ancestors;
+    std::string m_error;
+    std::string m_uploadFolder;
+    long long m_lastProgressMs = 0;
+    bool m_progressShown = false;
+};
+
+// Modification time as the scanner stores it in lastModify ("YYYY-MM-DDTHH:MM:SSZ", UTC).
+std::string FormatModificationTime(long long mtime);
+
+}  // namespace mdbscan
