@@ -171,7 +171,10 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
     FormatUrlBase(pstObj->ulAddrFamily, acBase, sizeof acBase);
     // The import URL is cut at 127 characters, the size of its buffer.
     char acImportUri[128];
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-truncation"
     snprintf(acImportUri, sizeof acImportUri, "%s/web/upload/%lld.%s", acBase, llNewId, pstObj->pcSuffix);
+#pragma GCC diagnostic pop
     ixmlElement_setAttribute(pstRes, "importUri", acImportUri);
 }
 
