@@ -44,10 +44,7 @@ uint32_t QRV_MDB_DbGetAllItemID(sqlite3 *pstDb) {
     if (ulCount == 0) {
         return MDB_OK;
     }
-    long long *pllArray = nullptr;
-    if (ulCount <= SIZE_MAX / sizeof(long long)) {
-        pllArray = static_cast<long long *>(MdbAlloc(ulCount * sizeof(long long)));
-    }
+    long long *pllArray = static_cast<long long *>(MdbAllocArray(ulCount, sizeof(long long)));
     g_pllIDArray = pllArray;
     if (pllArray == nullptr) {
         g_ulIDArrayCount = 0;

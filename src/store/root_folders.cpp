@@ -69,10 +69,7 @@ uint32_t QRV_MDB_DbGetRoots(sqlite3 *pstDb) {
     if (ulCount == 0) {
         return MDB_OK;
     }
-    MdbRootPath *pstList = nullptr;
-    if (ulCount <= SIZE_MAX / sizeof(MdbRootPath)) {
-        pstList = static_cast<MdbRootPath *>(MdbAlloc(ulCount * sizeof(MdbRootPath)));
-    }
+    MdbRootPath *pstList = static_cast<MdbRootPath *>(MdbAllocArray(ulCount, sizeof(MdbRootPath)));
     if (pstList == nullptr) {
         return MDB_ERR_MEM;
     }
