@@ -124,11 +124,10 @@ TEST(DatabaseOpen, SchemaScriptRunsOnlyOnANewFile) {
             EXPECT_EQ(g_mdbTimeout, 80) << c.what << ": every open sets the budget";
         }
         sqlite3_close(db);
-        EXPECT_EQ(Join(db != nullptr, existed,
-                       storetest::rows(storetest::openSecond(path).get(),
-                                       "select name from sqlite_master where name in ('ITEM','DLNA','A') order by name")),
-                  c.expected)
-            << c.what;
+        const std::string tables = storetest::rows(storetest::openSecond(path).get(),
+                                                   "select name from sqlite_master where name in ('ITEM','DLNA','A') "
+                                                   "order by name");
+        EXPECT_EQ(Join(db != nullptr, existed, tables), c.expected) << c.what;
     }
 }
 

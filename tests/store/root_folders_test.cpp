@@ -47,14 +47,11 @@ TEST_F(RootPaths, RebuildListsTheRowsWithParentZero) {
     catalogue.addFolder(usb, "music");
     catalogue.exec("update ITEM set title=NULL where id=" + Join(untitled));
     std::vector<std::string> expected = {Join(usb) + ":/mnt/usb1_1", Join(untitled) + ":NULL"};
-    storetest::Connection other = storetest::openSecond(catalogue.dbPath());
-    storetest::BeforeStatement hook(catalogue.db(), "select id,title from ITEM where parentID=0", [&] {
-        EXPECT_EQ(sqlite3_exec(other.get(), "insert into ITEM (id, parentID, flags, title, fileName) values "
-                               "(90, 0, 2, 'late', 'l')", nullptr, nullptr, nullptr),
-                  SQLITE_OK);
-    });
+    storetest::InsertBefore late(catalogue.db(), catalogue.dbPath(), "select id,title from ITEM where parentID=0",
+                                 "insert into ITEM (id, parentID, flags, title, fileName) values "
+                                 "(90, 0, 2, 'late', 'l')");
     EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
-    ASSERT_TRUE(hook.fired());
+    ASSERT_EQ(late.rc(), SQLITE_OK);
     EXPECT_EQ(list(), expected);
     EXPECT_STATUS(QRV_MDB_DbGetRoots(catalogue.db()), MDB_OK);
     expected.push_back("90:late");

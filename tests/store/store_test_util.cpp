@@ -39,20 +39,19 @@ Connection openSecond(const std::string &path) {
     return Connection(db, sqlite3_close);
 }
 
-BeforeStatement::BeforeStatement(sqlite3 *db, std::string sql, std::function<void()> action)
-    : m_db(db), m_sql(std::move(sql)), m_action(std::move(action)) {
+InsertBefore::InsertBefore(sqlite3 *db, const std::string &path, std::string sql, std::string insert)
+    : m_db(db), m_other(openSecond(path)), m_sql(std::move(sql)), m_insert(std::move(insert)) {
     auto onStatement = [](unsigned, void *ctx, void *, void *text) {
-        auto *self = static_cast<BeforeStatement *>(ctx);
-        if (!self->m_fired && text != nullptr && self->m_sql == static_cast<const char *>(text)) {
-            self->m_fired = true;
-            self->m_action();
+        auto *self = static_cast<InsertBefore *>(ctx);
+        if (self->m_rc == -1 && text != nullptr && self->m_sql == static_cast<const char *>(text)) {
+            self->m_rc = sqlite3_exec(self->m_other.get(), self->m_insert.c_str(), nullptr, nullptr, nullptr);
         }
         return 0;
     };
     sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, onStatement, this);
 }
 
-BeforeStatement::~BeforeStatement() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
+InsertBefore::~InsertBefore() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
 
 std::string rows(sqlite3 *db, const std::string &sql) {
     std::string out;

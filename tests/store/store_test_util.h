@@ -1,5 +1,5 @@
 // Helpers shared by the store tests: status checks by name, a counting usleep, a second
-// connection on a catalogue file, a hook before a chosen statement, and values and rows as text.
+// connection on a catalogue file, rows inserted before a chosen statement, and values and rows as text.
 #pragma once
 
 #include <mdb.h>
@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -26,21 +25,21 @@ void resetSleepCount();
 using Connection = std::unique_ptr<sqlite3, int (*)(sqlite3 *)>;
 Connection openSecond(const std::string &path);
 
-// While alive, runs `action` once just before the first statement on `db` whose text is `sql`
-// starts (before it takes any lock).
-class BeforeStatement {
+// While alive, runs `insert` on a second connection of its own on the file at `path`, just before
+// the first statement on `db` whose text is `sql` starts (before that statement takes any lock).
+class InsertBefore {
 public:
-    BeforeStatement(sqlite3 *db, std::string sql, std::function<void()> action);
-    ~BeforeStatement();
-    BeforeStatement(const BeforeStatement &) = delete;
-    BeforeStatement &operator=(const BeforeStatement &) = delete;
-    bool fired() const { return m_fired; }
+    InsertBefore(sqlite3 *db, const std::string &path, std::string sql, std::string insert);
+    ~InsertBefore();
+    InsertBefore(const InsertBefore &) = delete;
+    InsertBefore &operator=(const InsertBefore &) = delete;
+    int rc() const { return m_rc; }  // the insert's result code; -1 until it ran
 
 private:
     sqlite3 *m_db;
-    std::string m_sql;
-    std::function<void()> m_action;
-    bool m_fired = false;
+    Connection m_other;
+    std::string m_sql, m_insert;
+    int m_rc = -1;
 };
 
 // The values joined with '|', as rows() prints the columns of a row.
