@@ -12,15 +12,13 @@ std::atomic<int> g_sleepCalls{0};
 std::atomic<std::thread::id> g_countedThread{};
 }  // namespace
 
-// The library's busy handler sleeps through usleep: count the calls of the counted thread, then
-// sleep for real so that lock holders in other threads make progress.
+// Counts the calls of the counted thread, then sleeps for real so that lock holders in other
+// threads make progress.
 extern "C" int usleep(useconds_t usec) {
     if (std::this_thread::get_id() == g_countedThread.load()) {
         ++g_sleepCalls;
     }
-    struct timespec ts;
-    ts.tv_sec = static_cast<time_t>(usec / 1000000);
-    ts.tv_nsec = static_cast<long>(usec % 1000000) * 1000;
+    struct timespec ts = {static_cast<time_t>(usec / 1000000), static_cast<long>(usec % 1000000) * 1000};
     while (nanosleep(&ts, &ts) != 0) {
     }
     return 0;
@@ -35,45 +33,35 @@ void resetSleepCount() {
     g_sleepCalls.store(0);
 }
 
-SecondConnection::SecondConnection(const std::string &path) {
-    EXPECT_EQ(sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK) << path;
+Connection openSecond(const std::string &path) {
+    sqlite3 *db = nullptr;
+    EXPECT_EQ(sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK) << path;
+    return Connection(db, sqlite3_close);
 }
 
-SecondConnection::~SecondConnection() { sqlite3_close(m_db); }
-
-int SecondConnection::exec(const std::string &sql) { return sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr); }
-
-StatementHook::StatementHook(sqlite3 *db, std::string sql, std::function<void()> action)
-    : m_db(db), m_sql(std::move(sql)), m_action(std::move(action)) {
-    sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, &StatementHook::onTrace, this);
-}
-
-StatementHook::~StatementHook() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
-
-int StatementHook::onTrace(unsigned type, void *ctx, void *, void *text) {
-    auto *self = static_cast<StatementHook *>(ctx);
-    if (type != SQLITE_TRACE_STMT) {
+InsertBefore::InsertBefore(sqlite3 *db, const std::string &path, std::string sql, std::string insert)
+    : m_db(db), m_other(openSecond(path)), m_sql(std::move(sql)), m_insert(std::move(insert)) {
+    auto onStatement = [](unsigned, void *ctx, void *, void *text) {
+        auto *self = static_cast<InsertBefore *>(ctx);
+        if (self->m_rc == -1 && text != nullptr && self->m_sql == static_cast<const char *>(text)) {
+            self->m_rc = sqlite3_exec(self->m_other.get(), self->m_insert.c_str(), nullptr, nullptr, nullptr);
+        }
         return 0;
-    }
-    ++self->m_count;
-    if (self->m_action && !self->m_fired && text != nullptr && self->m_sql == static_cast<const char *>(text)) {
-        self->m_fired = true;
-        self->m_action();
-    }
-    return 0;
+    };
+    sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, onStatement, this);
 }
 
-std::vector<std::string> rows(sqlite3 *db, const std::string &sql) {
-    std::vector<std::string> out;
+InsertBefore::~InsertBefore() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
+
+std::string rows(sqlite3 *db, const std::string &sql) {
+    std::string out;
     sqlite3_stmt *stmt = nullptr;
     EXPECT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr), SQLITE_OK) << sql << ": " << sqlite3_errmsg(db);
-    while (stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW) {
-        std::string row;
+    for (int row = 0; stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW; ++row) {
         for (int col = 0; col < sqlite3_column_count(stmt); ++col) {
             const unsigned char *text = sqlite3_column_text(stmt, col);
-            row += (col ? "|" : "") + std::string(text != nullptr ? reinterpret_cast<const char *>(text) : "NULL");
+            out += (col ? "|" : row ? "," : "") + std::string(text ? reinterpret_cast<const char *>(text) : "NULL");
         }
-        out.push_back(row);
     }
     sqlite3_finalize(stmt);
     return out;

@@ -1,5 +1,5 @@
 // Helpers shared by the store tests: status checks by name, a counting usleep, a second
-// connection on a catalogue file, statement hooks, and reading rows back as text.
+// connection on a catalogue file, rows inserted before a chosen statement, and values and rows as text.
 #pragma once
 
 #include <mdb.h>
@@ -7,55 +7,50 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <functional>
+#include <memory>
+#include <sstream>
 #include <string>
-#include <vector>
 
 // Compares status words by name so that a failure reads "MDB_ERR_DB" vs "MDB_OK".
 #define EXPECT_STATUS(expr, expected) EXPECT_STREQ(QRV_MDB_StatusName(expr), QRV_MDB_StatusName(expected))
-#define ASSERT_STATUS(expr, expected) ASSERT_STREQ(QRV_MDB_StatusName(expr), QRV_MDB_StatusName(expected))
 
 namespace storetest {
 
-// Number of usleep calls made by the thread that last called resetSleepCount (the busy handler
-// sleeps through usleep). The test program's usleep counts and then really sleeps.
+// usleep calls made by the thread that last called resetSleepCount (the busy handler sleeps
+// through usleep; the test program's usleep counts, then really sleeps).
 int sleepCount();
 void resetSleepCount();
 
 // A plain SQLite connection of its own on an existing file, without busy handling.
-class SecondConnection {
+using Connection = std::unique_ptr<sqlite3, int (*)(sqlite3 *)>;
+Connection openSecond(const std::string &path);
+
+// While alive, runs `insert` on a second connection of its own on the file at `path`, just before
+// the first statement on `db` whose text is `sql` starts (before that statement takes any lock).
+class InsertBefore {
 public:
-    explicit SecondConnection(const std::string &path);
-    ~SecondConnection();
-    SecondConnection(const SecondConnection &) = delete;
-    SecondConnection &operator=(const SecondConnection &) = delete;
-    int exec(const std::string &sql);  // SQLite's result code
+    InsertBefore(sqlite3 *db, const std::string &path, std::string sql, std::string insert);
+    ~InsertBefore();
+    InsertBefore(const InsertBefore &) = delete;
+    InsertBefore &operator=(const InsertBefore &) = delete;
+    int rc() const { return m_rc; }  // the insert's result code; -1 until it ran
 
 private:
-    sqlite3 *m_db = nullptr;
-};
-
-// While alive, traces the statements that start on `db`: counts them, and runs `action` once just
-// before the first one whose text equals `sql` (before it takes any lock).
-class StatementHook {
-public:
-    explicit StatementHook(sqlite3 *db, std::string sql = "", std::function<void()> action = nullptr);
-    ~StatementHook();
-    StatementHook(const StatementHook &) = delete;
-    StatementHook &operator=(const StatementHook &) = delete;
-    int count() const { return m_count; }
-    bool fired() const { return m_fired; }
-
-private:
-    static int onTrace(unsigned type, void *ctx, void *stmt, void *text);
     sqlite3 *m_db;
-    std::string m_sql;
-    std::function<void()> m_action;
-    int m_count = 0;
-    bool m_fired = false;
+    Connection m_other;
+    std::string m_sql, m_insert;
+    int m_rc = -1;
 };
 
-// The rows of a query, each as its columns joined with '|' ("NULL" for SQL NULL), in row order.
-std::vector<std::string> rows(sqlite3 *db, const std::string &sql);
+// The values joined with '|', as rows() prints the columns of a row.
+template <typename... T>
+std::string Join(const T &...values) {
+    std::ostringstream out;
+    ((out << values << '|'), ...);
+    return out.str().substr(0, out.str().size() - 1);
+}
+
+// The rows of a query: columns joined with '|', rows with ',' ("NULL" for SQL NULL), in row order.
+std::string rows(sqlite3 *db, const std::string &sql);
 
 }  // namespace storetest

@@ -1,7 +1,8 @@
-// The upload note list: creation order, matching by the whole 64-bit id, the two states, removal
-// of the first match only, the uptime stamp, allocation failure, and dropping all notes with their
-// rows.
+// The upload note list: creation order with the uptime stamp, matching by the whole 64-bit id,
+// the two states, removal of the first match only, allocation failure, and dropping all notes
+// with their rows.
 #include "catalogue.h"
+#include "fake_clock.h"
 
 #include <mdb_platform.h>
 
@@ -9,18 +10,16 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/sysinfo.h>
-
 #include <string>
-#include <vector>
 
 namespace {
 
-// The list as "id/state" texts, head first.
-std::vector<std::string> Notes() {
-    std::vector<std::string> out;
-    for (MdbUploadNote *n = g_pstUploadList; n != nullptr && out.size() < 1000; n = n->pstNext) {
-        out.push_back(std::to_string(n->llObjectId) + "/" + std::to_string(n->ulState));
+// The list as "id/state/start " texts, head first.
+std::string Notes() {
+    std::string out;
+    for (MdbUploadNote *n = g_pstUploadList; n != nullptr && out.size() < 10000; n = n->pstNext) {
+        out += std::to_string(n->llObjectId) + "/" + std::to_string(n->ulState) + "/" + std::to_string(n->ulStartTime);
+        out += " ";
     }
     return out;
 }
@@ -30,91 +29,47 @@ protected:
     void SetUp() override { ASSERT_EQ(g_pstUploadList, nullptr) << "a previous test left notes"; }
     void TearDown() override {
         MdbSetAllocator(nullptr);
-        g_pstMdbCtx = nullptr;
         QRV_MDB_FreeUploadList();
     }
+    mdbtest::fakeclock::Scope clock;
 };
 
-TEST_F(UploadNotes, AddFindDisable) {
+TEST_F(UploadNotes, AddFindDisableAndDelete) {
     EXPECT_EQ(QRV_MDB_FindUploadNote(1), -1);
     EXPECT_EQ(QRV_MDB_DisableUploadNote(1), -1);
-    struct sysinfo before {}, after {};
-    sysinfo(&before);
-    for (long long id : {5LL, 3LL, 9LL, 3LL}) {
+    const long long high = (1LL << 32) + 3;  // matches neither 3 nor 1 << 32
+    const std::string h = std::to_string(high);
+    long uptime = 100;
+    for (long long id : {5LL, 3LL, high, 9LL, 3LL}) {
+        mdbtest::fakeclock::setUptime(uptime++);
         EXPECT_EQ(QRV_MDB_AddUploadNote(id), 0);
     }
-    sysinfo(&after);
-    EXPECT_GE(g_pstUploadList->ulStartTime, static_cast<uint32_t>(before.uptime));
-    EXPECT_LE(g_pstUploadList->ulStartTime, static_cast<uint32_t>(after.uptime));
-
     EXPECT_EQ(QRV_MDB_DisableUploadNote(3), 0);
+    EXPECT_EQ(QRV_MDB_DisableUploadNote(1LL << 32), -1);
     EXPECT_EQ(QRV_MDB_FindUploadNote(3), 0) << "a disabled note is still found";
-    EXPECT_EQ(QRV_MDB_FindUploadNote(4), -1);
-    EXPECT_EQ(Notes(), (std::vector<std::string>{"5/1", "3/0", "9/1", "3/1"})) << "first match disabled";
-
+    EXPECT_EQ(QRV_MDB_FindUploadNote(-(1LL << 32) + 3), -1);
     MdbSetAllocator([](size_t) -> void * { return nullptr; });
     EXPECT_EQ(QRV_MDB_AddUploadNote(2), -1);
-    EXPECT_EQ(Notes().size(), 4u) << "a failed allocation leaves the list unchanged";
-}
+    MdbSetAllocator(nullptr);
+    EXPECT_EQ(Notes(), "5/1/100 3/0/101 " + h + "/1/102 9/1/103 3/1/104 ") << "first match disabled, no 2";
 
-TEST_F(UploadNotes, IdsMatchOnAll64Bits) {
-    const long long high = (1LL << 32) + 7;
-    QRV_MDB_AddUploadNote(high);
-    for (long long other : {7LL, 1LL << 32, -(1LL << 32) + 7}) {
-        SCOPED_TRACE(other);
-        EXPECT_EQ(QRV_MDB_FindUploadNote(other), -1);
-        EXPECT_EQ(QRV_MDB_DisableUploadNote(other), -1);
-        EXPECT_EQ(QRV_MDB_DelUploadNote(other), 0);
+    // Each delete removes the first match only; the successor of a removed head becomes the head.
+    for (long long id : {3LL, 5LL, 1LL << 32, 7LL, 9LL}) {
+        EXPECT_EQ(QRV_MDB_DelUploadNote(id), 0);
     }
-    EXPECT_EQ(QRV_MDB_FindUploadNote(high), 0);
-    EXPECT_EQ(Notes(), std::vector<std::string>{std::to_string(high) + "/1"});
-}
-
-TEST_F(UploadNotes, DeleteRemovesTheFirstMatchOnly) {
-    struct Case {
-        std::vector<long long> ids;
-        long long del;
-        std::vector<std::string> expected;
-    };
-    const Case cases[] = {
-        {{1, 2, 3}, 1, {"2/1", "3/1"}},  // the successor becomes the head
-        {{1, 2, 3}, 3, {"1/1", "2/1"}},
-        {{1, 2}, 9, {"1/1", "2/1"}},
-        {{4, 1, 4}, 4, {"1/1", "4/1"}},
-        {{8}, 8, {}},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.del);
-        for (long long id : c.ids) {
-            ASSERT_EQ(QRV_MDB_AddUploadNote(id), 0);
-        }
-        EXPECT_EQ(QRV_MDB_DelUploadNote(c.del), 0);
-        EXPECT_EQ(Notes(), c.expected);
-        QRV_MDB_FreeUploadList();
-    }
+    EXPECT_EQ(Notes(), h + "/1/102 3/1/104 ");
+    EXPECT_EQ(QRV_MDB_DelUploadNote(3) + QRV_MDB_DelUploadNote(high), 0);
+    EXPECT_EQ(g_pstUploadList, nullptr);
 }
 
 TEST_F(UploadNotes, FreeListDeletesTheRowsOfNotesInBothStates) {
+    EXPECT_EQ(QRV_MDB_FreeUploadList(), 0) << "an empty list without a catalogue";
     mdbtest::Catalogue catalogue;
-    int statements = 0;
-    sqlite3_trace_v2(
-        catalogue.db(), SQLITE_TRACE_STMT,
-        [](unsigned, void *ctx, void *, void *) {
-            ++*static_cast<int *>(ctx);
-            return 0;
-        },
-        &statements);
-    EXPECT_EQ(QRV_MDB_FreeUploadList(), 0);
-    EXPECT_EQ(statements, 0) << "an empty list runs no SQL";
-    sqlite3_trace_v2(catalogue.db(), 0, nullptr, nullptr);
-
-    long long folder = catalogue.addFolder(0, "/mnt/usb1_1");
-    long long waiting = catalogue.addFolder(folder, "a.mp3");
-    long long disabled = catalogue.addFolder(folder, "b.mp3");
-    long long kept = catalogue.addFolder(folder, "c.mp3");
-    QRV_MDB_AddUploadNote(waiting);
-    QRV_MDB_AddUploadNote(disabled);
-    QRV_MDB_AddUploadNote(424242);  // a note without a row
+    long long folder = catalogue.addFolder(0, "/mnt/usb1_1"), waiting = catalogue.addFolder(folder, "a.mp3");
+    long long disabled = catalogue.addFolder(folder, "b.mp3"), kept = catalogue.addFolder(folder, "c.mp3");
+    for (long long id : {waiting, disabled, 424242LL}) {  // the last note has no row
+        QRV_MDB_AddUploadNote(id);
+    }
     QRV_MDB_DisableUploadNote(disabled);
     EXPECT_EQ(QRV_MDB_FreeUploadList(), 0);
     EXPECT_EQ(g_pstUploadList, nullptr);
