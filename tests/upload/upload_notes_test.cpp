@@ -2,7 +2,7 @@
 // the two states, removal of the first match only, allocation failure, and dropping all notes
 // with their rows.
 #include "catalogue.h"
-#include "fake_clock.h"
+#include "fakes.h"
 
 #include <mdb_platform.h>
 
@@ -26,12 +26,15 @@ std::string Notes() {
 
 class UploadNotes : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(g_pstUploadList, nullptr) << "a previous test left notes"; }
+    void SetUp() override {
+        mdbtest::fake::reset();
+        ASSERT_EQ(g_pstUploadList, nullptr) << "a previous test left notes";
+    }
     void TearDown() override {
         MdbSetAllocator(nullptr);
         QRV_MDB_FreeUploadList();
+        mdbtest::fake::reset();
     }
-    mdbtest::fakeclock::Scope clock;
 };
 
 TEST_F(UploadNotes, AddFindDisableAndDelete) {
@@ -41,7 +44,7 @@ TEST_F(UploadNotes, AddFindDisableAndDelete) {
     const std::string h = std::to_string(high);
     long uptime = 100;
     for (long long id : {5LL, 3LL, high, 9LL, 3LL}) {
-        mdbtest::fakeclock::setUptime(uptime++);
+        mdbtest::fake::setUptime(uptime++);
         EXPECT_EQ(QRV_MDB_AddUploadNote(id), 0);
     }
     EXPECT_EQ(QRV_MDB_DisableUploadNote(3), 0);
