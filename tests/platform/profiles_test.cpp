@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <strings.h>
+
+#include <cstring>
 #include <set>
 #include <string>
 
@@ -13,174 +15,83 @@ namespace {
 
 const uint32_t kMaxProfiles = 60; // the search translation's enumeration bound
 
-uint32_t ProfileCount(uint32_t familyCode) {
-    uint32_t j = 0;
-    while (j < kMaxProfiles && QRV_DLNA_GetProfileByProfileId(familyCode + (j << 16)) != nullptr) {
-        ++j;
-    }
-    return j;
-}
+const MdbDlnaProfile *Profile(uint32_t code, uint32_t j) { return QRV_DLNA_GetProfileByProfileId(code + (j << 16)); }
 
-std::string TopType(uint32_t itemClass) {
-    switch (itemClass) {
-    case 11: return "audio/";
-    case 12: return "video/";
-    case 13: return "image/";
-    default: return "?";
-    }
-}
+const char *const kTopTypes[] = {"audio/", "video/", "image/"}; // of item classes 11, 12, 13
 
-bool IsHex(const std::string &s) {
-    for (char c : s) {
-        if (!std::isxdigit(static_cast<unsigned char>(c))) return false;
-    }
-    return true;
-}
-
-TEST(MediaFamilies, CodesAndTransferParameters) {
-    ASSERT_GE(g_ulNumOfMediaClasses, 3u);
+TEST(Profiles, EveryFamilyEnumeratesWithoutGapsAndMapsBack) {
     std::set<uint32_t> classes;
     for (uint32_t i = 0; i < g_ulNumOfMediaClasses; ++i) {
-        const MdbMediaClass &family = g_astMediaClasses[i];
-        SCOPED_TRACE("family " + std::to_string(i));
-        EXPECT_EQ(family.ulFlagsCode >> 16, 0u);
-        EXPECT_EQ((family.ulFlagsCode >> 8) & 255u, i);
-        EXPECT_EQ(family.ulFlagsCode & 128u, 0u);
-        uint32_t itemClass = family.ulFlagsCode & 127u;
-        EXPECT_GE(itemClass, 11u);
-        EXPECT_LE(itemClass, 13u);
-        classes.insert(itemClass);
-        ASSERT_NE(family.pstTransfer, nullptr);
-        std::string op = family.pstTransfer->pcOpValue, flags = family.pstTransfer->pcFlagsValue;
-        EXPECT_TRUE(op == "00" || op == "01" || op == "10" || op == "11") << op;
-        EXPECT_EQ(flags.size(), 32u);
-        EXPECT_TRUE(IsHex(flags)) << flags;
-        EXPECT_EQ(std::string(family.pstTransfer->pcDefaultMime).rfind(TopType(itemClass), 0), 0u);
-    }
-    EXPECT_EQ(classes, (std::set<uint32_t>{11, 12, 13}));
-}
-
-TEST(Profiles, EveryFamilyEnumeratesWithoutGaps) {
-    for (uint32_t i = 0; i < g_ulNumOfMediaClasses; ++i) {
-        uint32_t code = g_astMediaClasses[i].ulFlagsCode;
-        uint32_t count = ProfileCount(code);
+        const uint32_t code = g_astMediaClasses[i].ulFlagsCode;
+        const MdbTransferParams *transfer = g_astMediaClasses[i].pstTransfer;
         SCOPED_TRACE("family code " + std::to_string(code));
-        EXPECT_GE(count, 1u);
-        EXPECT_LT(count, kMaxProfiles);
-        // nothing after the first missing number, up to 16 bits of profile number
-        for (uint32_t j = count; j < 0x10000u; j += (j < 256 ? 1 : 997)) {
-            ASSERT_EQ(QRV_DLNA_GetProfileByProfileId(code + (j << 16)), nullptr) << j;
-        }
+        // an item class in bits 0-6, the family index in bits 8-15, nothing else
+        EXPECT_EQ(code & ~0xFF7Fu, 0u);
+        EXPECT_EQ(code >> 8, i);
+        ASSERT_TRUE((code & 127u) >= 11 && (code & 127u) <= 13);
+        const std::string top = kTopTypes[(code & 127u) - 11];
+        classes.insert(code & 127u);
+        ASSERT_NE(transfer, nullptr);
+        EXPECT_TRUE(std::set<std::string>({"00", "01", "10", "11"}).count(transfer->pcOpValue)) << transfer->pcOpValue;
+        const char *flags = transfer->pcFlagsValue; // DLNA.ORG_FLAGS: 32 hex digits
+        EXPECT_TRUE(std::strlen(flags) == 32 && std::strspn(flags, "0123456789abcdefABCDEF") == 32) << flags;
+        EXPECT_EQ(std::string(transfer->pcDefaultMime).rfind(top, 0), 0u);
+
+        uint32_t count = 0;
+        while (count < kMaxProfiles && Profile(code, count) != nullptr) ++count;
+        EXPECT_TRUE(count >= 1 && count < kMaxProfiles) << count;
+        for (uint32_t j = count; j < 0x10000u; j += (j < 256 ? 1 : 997)) ASSERT_EQ(Profile(code, j), nullptr) << j;
+        // the restricted bit says nothing about the format
+        EXPECT_EQ(Profile(code | 128u, 0), Profile(code, 0));
         for (uint32_t j = 0; j < count; ++j) {
-            const MdbDlnaProfile *p = QRV_DLNA_GetProfileByProfileId(code + (j << 16));
-            std::string mime = p->pcMimeType, suffix = p->pcSuffix;
-            EXPECT_FALSE(std::string(p->pcProfileName).empty());
-            EXPECT_EQ(mime.rfind(TopType(code & 127u), 0), 0u) << p->pcProfileName << " " << mime;
-            EXPECT_FALSE(suffix.empty());
-            EXPECT_EQ(suffix.find('.'), std::string::npos);
-        }
-    }
-}
-
-TEST(Profiles, RealProfilesArePresentInTheirFamily) {
-    const struct {
-        uint32_t itemClass;
-        const char *name;
-        const char *mime;
-    } expected[] = {
-        {11, "MP3", "audio/mpeg"},        {11, "LPCM", "audio/L16"},
-        {11, "AAC_ISO_320", "audio/mp4"}, {11, "WMABASE", "audio/x-ms-wma"},
-        {12, "MPEG_PS_PAL", "video/mpeg"}, {12, "MPEG_TS_HD_NA", "video/vnd.dlna.mpeg-tts"},
-        {12, "AVC_MP4_MP_SD_AAC_MULT5", "video/mp4"},
-        {13, "JPEG_TN", "image/jpeg"},     {13, "JPEG_SM", "image/jpeg"},
-        {13, "JPEG_MED", "image/jpeg"},    {13, "JPEG_LRG", "image/jpeg"},
-        {13, "PNG_LRG", "image/png"},      {11, "Unknown", "audio/x-flac"},
-        {12, "Unknown", "video/x-matroska"},
-    };
-    for (const auto &e : expected) {
-        bool found = false;
-        for (uint32_t i = 0; i < g_ulNumOfMediaClasses && !found; ++i) {
-            uint32_t code = g_astMediaClasses[i].ulFlagsCode;
-            if ((code & 127u) != e.itemClass) continue;
-            for (uint32_t j = 0; j < ProfileCount(code) && !found; ++j) {
-                const MdbDlnaProfile *p = QRV_DLNA_GetProfileByProfileId(code + (j << 16));
-                found = std::string(p->pcProfileName) == e.name && std::string(p->pcMimeType) == e.mime;
-            }
-        }
-        EXPECT_TRUE(found) << e.name << " " << e.mime;
-    }
-}
-
-TEST(Profiles, WordsThatNameNoProfile) {
-    uint32_t audio = g_astMediaClasses[0].ulFlagsCode;
-    EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(0), nullptr);
-    EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(2), nullptr);            // a folder
-    EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(2 | 0x800 | 0x1000), nullptr); // a folder with its bits
-    EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(11 | (77u << 8)), nullptr);     // no such family
-    EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(0xFFFFFFFFu), nullptr);
-    // the restricted bit says nothing about the format
-    EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(audio | 128u), QRV_DLNA_GetProfileByProfileId(audio));
-}
-
-TEST(PNtoFix, EveryProfileMapsBackToItself) {
-    for (uint32_t i = 0; i < g_ulNumOfMediaClasses; ++i) {
-        uint32_t code = g_astMediaClasses[i].ulFlagsCode;
-        for (uint32_t j = 0; j < ProfileCount(code); ++j) {
-            const MdbDlnaProfile *p = QRV_DLNA_GetProfileByProfileId(code + (j << 16));
+            const MdbDlnaProfile *p = Profile(code, j);
+            SCOPED_TRACE(std::string(p->pcProfileName) + " " + p->pcMimeType);
+            EXPECT_NE(p->pcProfileName[0], '\0');
+            EXPECT_EQ(std::string(p->pcMimeType).rfind(top, 0), 0u);
+            EXPECT_TRUE(p->pcSuffix[0] != '\0' && std::strchr(p->pcSuffix, '.') == nullptr) << p->pcSuffix;
+            // an upload naming this profile and its MIME type gets exactly this profile
             const char *suffix = nullptr;
-            uint32_t flags = QRV_MDB_PNtoFix(p->pcMimeType, p->pcProfileName, &suffix);
-            EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(flags), p) << p->pcProfileName << " " << p->pcMimeType;
+            EXPECT_EQ(Profile(QRV_MDB_PNtoFix(p->pcMimeType, p->pcProfileName, &suffix), 0), p);
             EXPECT_EQ(suffix, p->pcSuffix);
         }
     }
+    EXPECT_EQ(classes, (std::set<uint32_t>{11, 12, 13}));
+    for (uint32_t word : {0u, 2u, 2u | 0x800u | 0x1000u, 11u | (77u << 8), 0xFFFFFFFFu}) {
+        EXPECT_EQ(QRV_DLNA_GetProfileByProfileId(word), nullptr) << "folder or unknown family " << word;
+    }
 }
 
-TEST(PNtoFix, ByTable) {
-    const struct {
-        const char *mime;
-        const char *profile;
-        const char *expectName; // nullptr: no profile, no suffix
-        const char *expectSuffix;
-        uint32_t expectClass;
-        const char *why;
-    } cases[] = {
-        {"audio/mpeg", "MP3", "MP3", "mp3", 11, "name and MIME"},
-        {"audio/mpeg", "", "MP3", "mp3", 11, "no name: first profile of the MIME type"},
-        {"audio/mpeg", nullptr, "MP3", "mp3", 11, "NULL name reads as empty"},
-        {"AUDIO/MPEG", "", "MP3", "mp3", 11, "MIME types ignore case"},
-        {"audio/L16", "LPCM", "LPCM", "pcm", 11, "LPCM"},
-        {"audio/mp4", "AAC_ISO_320", "AAC_ISO_320", "m4a", 11, "AAC in MP4"},
-        {"audio/x-flac", "", "Unknown", "flac", 11, "no DLNA profile: the Unknown profile of the MIME"},
-        {"video/mpeg", "MPEG_TS_HD_NA_ISO", "MPEG_TS_HD_NA_ISO", "ts", 12, "later profile of a shared MIME"},
-        {"video/vnd.dlna.mpeg-tts", "MPEG_TS_HD_NA", "MPEG_TS_HD_NA", "m2ts", 12, "timestamped TS"},
-        {"video/x-matroska", "", "Unknown", "mkv", 12, "Unknown video"},
-        {"image/jpeg", "JPEG_TN", "JPEG_TN", "jpg", 13, "thumbnail"},
-        {"image/jpeg", "", "JPEG_LRG", "jpg", 13, "no name: the general JPEG profile"},
-        {"image/png", "PNG_LRG", "PNG_LRG", "png", 13, "PNG"},
-        {"audio/x-mpeg", "MP3", "MP3", "mp3", 11, "known name with another MIME spelling"},
-        {"audio/mpeg", "NO_SUCH_PN", "MP3", "mp3", 11, "unknown name: the MIME decides"},
-        {"video/mpeg", "Unknown", "MPEG_PS_PAL", "mpg", 12, "\"Unknown\" is no name of its own"},
-        {"audio/x-unknown", "", nullptr, nullptr, 0, "an audio type this platform does not serve"},
-        {"text/plain", "", nullptr, nullptr, 0, "not a media type"},
-        {"", "", nullptr, nullptr, 0, "empty"},
+TEST(Profiles, UploadsMapToRealProfiles) {
+    // expected: the profile an upload gets, nullptr for none
+    const struct { const char *mime, *name, *expected; uint32_t itemClass; } cases[] = {
+        // real profiles of each family by name and MIME type; files without one get the Unknown profile
+        {"audio/mpeg", "MP3", "MP3", 11}, {"audio/L16", "LPCM", "LPCM", 11}, {"audio/x-flac", "", "Unknown", 11},
+        {"audio/mp4", "AAC_ISO_320", "AAC_ISO_320", 11}, {"audio/x-ms-wma", "WMABASE", "WMABASE", 11},
+        {"video/mpeg", "MPEG_PS_PAL", "MPEG_PS_PAL", 12}, {"video/x-matroska", nullptr, "Unknown", 12},
+        {"video/vnd.dlna.mpeg-tts", "MPEG_TS_HD_NA", "MPEG_TS_HD_NA", 12}, {"image/png", "PNG_LRG", "PNG_LRG", 13},
+        {"video/mp4", "AVC_MP4_MP_SD_AAC_MULT5", "AVC_MP4_MP_SD_AAC_MULT5", 12},
+        {"image/jpeg", "JPEG_TN", "JPEG_TN", 13}, {"image/jpeg", "JPEG_SM", "JPEG_SM", 13},
+        {"image/jpeg", "JPEG_MED", "JPEG_MED", 13}, {"image/jpeg", "JPEG_LRG", "JPEG_LRG", 13},
+        // no usable name: the first profile of the MIME type, whose case does not matter
+        {"audio/mpeg", "NO_SUCH_PN", "MP3", 11}, {"AUDIO/MPEG", nullptr, "MP3", 11}, {"image/jpeg", "", "JPEG_LRG", 13},
+        {"video/mpeg", "Unknown", "MPEG_PS_PAL", 12},
+        // without a MIME type a known name decides; types this platform does not serve get nothing
+        {nullptr, "MP3", "MP3", 11}, {"audio/x-unknown", "", nullptr, 0}, {"text/plain", "", nullptr, 0},
+        {"", "", nullptr, 0},
     };
     for (const auto &c : cases) {
-        SCOPED_TRACE(c.why);
+        SCOPED_TRACE(std::string(c.mime ? c.mime : "NULL") + " " + (c.name ? c.name : "NULL"));
         const char *suffix = "untouched";
-        uint32_t flags = QRV_MDB_PNtoFix(c.mime, c.profile, &suffix);
-        EXPECT_EQ(flags & 127u, c.expectClass);
-        if (c.expectName == nullptr) {
-            EXPECT_EQ(suffix, nullptr);
-            continue;
-        }
+        uint32_t flags = QRV_MDB_PNtoFix(c.mime, c.name, &suffix);
+        EXPECT_EQ(flags & 255u, c.itemClass); // an uploaded item is not restricted
         const MdbDlnaProfile *p = QRV_DLNA_GetProfileByProfileId(flags);
-        ASSERT_NE(p, nullptr);
-        EXPECT_STREQ(p->pcProfileName, c.expectName);
-        ASSERT_NE(suffix, nullptr);
-        EXPECT_STREQ(suffix, c.expectSuffix);
-        EXPECT_EQ(flags & 128u, 0u);
+        ASSERT_EQ(p != nullptr, c.expected != nullptr);
+        EXPECT_EQ(suffix, p != nullptr ? p->pcSuffix : nullptr);
+        if (p == nullptr) continue;
+        EXPECT_STREQ(p->pcProfileName, c.expected);
+        if (c.mime != nullptr) { EXPECT_EQ(strcasecmp(p->pcMimeType, c.mime), 0) << p->pcMimeType; }
     }
-    EXPECT_NE(QRV_MDB_PNtoFix(nullptr, "MP3", nullptr), 0u); // no suffix place, no MIME
+    EXPECT_NE(QRV_MDB_PNtoFix("audio/mpeg", "MP3", nullptr), 0u); // no place for the suffix
 }
 
 } // namespace

@@ -1,215 +1,105 @@
-// The property table against the shipped DLNA view and against what the library and the search
-// translation assume of its positions, names and flags.
-#include "schema_db.h"
+// The property table against the DLNA view of the shipped schema and against what the library and
+// the search translation assume of its positions, names and flags.
+#include "catalogue.h"
 
 #include <mdb_platform.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
-
-using platformtest::SchemaDb;
 
 namespace {
 
-std::vector<std::string> DlnaViewColumns() {
-    SchemaDb db;
-    return db.columns("select * from DLNA");
+bool Has(const MdbDlnaCol &col, uint16_t flag) { return (col.usFlags & flag) != 0; }
+
+std::vector<std::string> ViewColumns(sqlite3 *db) {
+    std::vector<std::string> names;
+    sqlite3_stmt *stmt = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(db, "select * from DLNA", -1, &stmt, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+    for (int i = 0; i < sqlite3_column_count(stmt); ++i) names.emplace_back(sqlite3_column_name(stmt, i));
+    sqlite3_finalize(stmt);
+    return names;
 }
 
-bool HasFlag(uint32_t index, uint16_t flag) { return (g_astDlnaCols[index].usFlags & flag) != 0; }
-
-/* The entry the search criteria syntax takes for a text: the first whose name begins it. */
-int FirstPrefixMatch(const std::string &text) {
-    for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
-        const char *name = g_astDlnaCols[i].pcPropName;
-        if (std::strncmp(text.c_str(), name, std::strlen(name)) == 0) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
-}
-
-int IndexOfName(const std::string &name) {
-    for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
-        if (name == g_astDlnaCols[i].pcPropName) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
-}
-
-TEST(PropertyTable, HasAtLeast33Entries) { EXPECT_GE(g_ulNumOfDlnaCols, 33u); }
-
-TEST(PropertyTable, ViewKeepsTheFixedPositionsAndNamedColumns) {
-    std::vector<std::string> cols = DlnaViewColumns();
-    ASSERT_GT(cols.size(), 28u);
-    EXPECT_EQ(cols[0], "id");
-    EXPECT_EQ(cols[2], "flags");
-    EXPECT_EQ(cols[3], "title");
-    EXPECT_EQ(cols[21], "fileName");
-    for (const char *named : {"parentID", "genre_id", "genre", "artist_id", "artist", "album_id", "album"}) {
-        EXPECT_NE(std::find(cols.begin(), cols.end(), named), cols.end()) << named;
-    }
-}
-
-TEST(PropertyTable, EveryColumnIndexIsAViewColumnAndNamesIt) {
-    std::vector<std::string> cols = DlnaViewColumns();
+TEST(PropertyTable, EntriesReadSortAndCompareRealViewColumns) {
+    mdbtest::Catalogue catalogue;
+    std::vector<std::string> cols = ViewColumns(catalogue.db());
+    ASSERT_GT(cols.size(), 21u);
+    const std::pair<size_t, const char *> fixedColumns[] = {{0, "id"}, {2, "flags"}, {3, "title"}, {21, "fileName"}};
+    for (const auto &f : fixedColumns) EXPECT_EQ(cols[f.first], f.second);
+    catalogue.exec("insert into ITEM (id, parentID, flags, title, fileName, size) values (1, 0, 2, 'root', '/', 0),"
+                   "(2, 1, 11, 'song', 'a.mp3', 0), (3, 1, 13, 'pic', 'b.jpg', 0), (7, 1, 139, 't', 'c.mp3', 2000)");
     for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
         const MdbDlnaCol &col = g_astDlnaCols[i];
-        ASSERT_LT(col.usColIdx, cols.size()) << "entry " << i << " " << col.pcPropName;
-        if (!HasFlag(i, MDB_COL_CONTAINER_ONLY)) {
-            // Sorting and search comparisons write pcColName; the value is read at usColIdx.
-            EXPECT_EQ(cols[col.usColIdx], col.pcColName) << "entry " << i << " " << col.pcPropName;
-        }
-    }
-}
-
-TEST(PropertyTable, EverySortableColumnSortsWithoutError) {
-    SchemaDb db;
-    ASSERT_EQ(db.exec("insert into ITEM (id, parentID, flags, title, fileName) values "
-                      "(1, 0, 2, 'root', '/media'), (2, 1, 11, 'song', 'song.mp3'), (3, 1, 13, 'pic', 'pic.jpg')"),
-              SQLITE_OK);
-    for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
-        if (HasFlag(i, MDB_COL_CONTAINER_ONLY)) {
-            continue;
-        }
+        SCOPED_TRACE("entry " + std::to_string(i) + " " + col.pcPropName);
+        ASSERT_LT(col.usColIdx, cols.size());
+        // existence kinds: 0, 1, 2, or a non-empty set of the item class bits 4, 8, 16
+        EXPECT_TRUE(col.usSearchType < 3 || (col.usSearchType & ~28u) == 0) << col.usSearchType;
+        // res attributes are the res element itself or named "res@..."
+        if (Has(col, MDB_COL_RES_ATTRIBUTE)) { EXPECT_EQ(std::string(col.pcPropName).rfind("res", 0), 0u); }
+        if (Has(col, MDB_COL_CONTAINER_ONLY)) continue;
+        // sorting and search comparisons write pcColName; the value is read at usColIdx
+        EXPECT_EQ(cols[col.usColIdx], col.pcColName);
         for (const char *dir : {"", " desc"}) {
-            std::string error;
-            std::string sql = std::string("select * from DLNA where parentID=1 ORDER BY ") +
-                              g_astDlnaCols[i].pcColName + dir + " LIMIT 10 OFFSET 0";
-            EXPECT_EQ(db.exec(sql, &error), SQLITE_OK) << sql << ": " << error;
+            catalogue.exec(std::string("select * from DLNA where parentID=1 ORDER BY ") + col.pcColName + dir +
+                           " LIMIT 10 OFFSET 0");
         }
     }
-}
-
-TEST(PropertyTable, EverySearchComparisonNamesAColumn) {
-    SchemaDb db;
-    for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
-        if (g_astDlnaCols[i].pfnSearchValue == nullptr) {
-            continue;
-        }
-        std::string error;
-        std::string sql = std::string("select count(*) from DLNA where ") + g_astDlnaCols[i].pcColName + " = \"1\"";
-        EXPECT_EQ(db.exec(sql, &error), SQLITE_OK) << sql << ": " << error;
-    }
-}
-
-TEST(PropertyTable, QuotedNumbersCompareAsNumbers) {
-    // Search comparisons keep the value's double quotes; the view's numeric columns must still
-    // compare numerically, computed ones included.
-    SchemaDb db;
-    ASSERT_EQ(db.exec("insert into ITEM (id, flags, title, size) values (7, 139, 't', 2000)"), SQLITE_OK);
-    struct Case {
-        const char *where;
-        int expected;
-    } cases[] = {
-        {"size >= \"1000\"", 1}, {"size < \"1000\"", 0}, {"restricted = \"1\"", 1}, {"restricted = \"0\"", 0},
-        {"class = \"11\"", 1},
+    // Search comparisons keep the value's double quotes: numeric columns, computed ones included,
+    // must still compare as numbers.
+    const struct { const char *where, *count; } cases[] = {
+        {"size >= \"1000\"", "1"}, {"size < \"1000\"", "0"}, {"restricted = \"1\"", "1"},
+        {"restricted = \"0\"", "0"}, {"class = \"11\"", "1"},
     };
-    for (const Case &c : cases) {
-        int count = -1;
-        std::string sql = std::string("select count(*) from DLNA where ") + c.where;
-        sqlite3_exec(
-            db.db(), sql.c_str(),
-            [](void *arg, int, char **values, char **) {
-                *static_cast<int *>(arg) = std::atoi(values[0]);
-                return 0;
-            },
-            &count, nullptr);
-        EXPECT_EQ(count, c.expected) << c.where;
+    for (const auto &c : cases) {
+        std::string sql = std::string("select count(*) from DLNA where id=7 and ") + c.where;
+        EXPECT_EQ(catalogue.scalar(sql), c.count) << sql;
     }
 }
-
-struct FixedEntry {
-    uint32_t index;
-    const char *propName; // nullptr: not fixed
-    const char *colName;  // nullptr: not fixed
-    int searchType;       // -1: not fixed
-    uint16_t flagsSet;
-    uint16_t flagsClear;
-    MdbSearchValueFn recognizer;
-    bool recognizerFixed;
-};
 
 TEST(PropertyTable, FixedPositionsHoldWhatTheLibraryAssumes) {
     const uint16_t kElement = MDB_COL_ELEMENT, kRes = MDB_COL_RES_ATTRIBUTE, kBuilder = MDB_COL_ADAPT_BUILDER;
-    const FixedEntry fixed[] = {
-        // the object id: attribute "id", read from the row id column
-        {0, "@id", "id", -1, 0, kElement | kRes, nullptr, false},
-        {1, "@parentID", "parentID", -1, 0, kElement | kRes, nullptr, false},
-        {2, "upnp:class", nullptr, 0, 0, 0, MdbCmpDerivedOp, true},
-        {3, "dc:title", "title", 1, 0, 0, MdbCmpStringOp, true},
-        // stored in microseconds: written by the builder as a res attribute
-        {8, nullptr, "duration", 0, kRes | kBuilder, 0, nullptr, false},
-        // stored as height<<32 + width: builder; exists for video and pictures
-        {11, nullptr, "resolution", 24, kRes | kBuilder, 0, nullptr, false},
-        // CreateObject sets 23 to "0" and 30 to "4": object attributes
-        {23, "@restricted", "restricted", -1, 0, kElement | kRes, nullptr, false},
-        {30, "@dlna:dlnaManaged", "dlna:dlnaManaged", -1, kBuilder | MDB_COL_CONTAINER_ONLY, kElement | kRes,
-         nullptr, false},
-        // the library's protocolInfo: a res attribute, never refused to the filter, not overwritten
-        {28, "res@protocolInfo", "protocolInfo", -1, kRes | kBuilder, MDB_COL_NOT_FILTERED, nullptr, false},
-        {32, "upnp:recordQuality", nullptr, -1, kElement, kRes | kBuilder, nullptr, false},
+    // names nullptr and searchType -1: not fixed
+    const struct { uint32_t index; const char *propName, *colName; int searchType; uint16_t set, clear; } fixed[] = {
+        {0, "@id", "id", -1, 0, kElement | kRes},
+        {1, "@parentID", "parentID", -1, 0, kElement | kRes},
+        {2, "upnp:class", nullptr, 0, 0, 0},
+        {3, "dc:title", "title", 1, 0, 0},
+        // stored in microseconds and as height<<32 + width: the builder writes them on res
+        {8, nullptr, "duration", 0, kRes | kBuilder, 0},
+        {11, nullptr, "resolution", 24, kRes | kBuilder, 0},
+        // CreateObject sets 23 to "0" and 30 to "4": object attributes, 30 built from the flags word
+        {23, "@restricted", "restricted", -1, 0, kElement | kRes},
+        {30, "@dlna:dlnaManaged", nullptr, -1, kBuilder | MDB_COL_CONTAINER_ONLY, kElement | kRes},
+        // the library's own protocolInfo: never refused to the filter, never overwritten
+        {28, "res@protocolInfo", "protocolInfo", -1, kRes | kBuilder, MDB_COL_NOT_FILTERED},
+        {32, "upnp:recordQuality", nullptr, -1, kElement, kRes | kBuilder},
     };
     ASSERT_GE(g_ulNumOfDlnaCols, 33u);
-    for (const FixedEntry &f : fixed) {
+    for (const auto &f : fixed) {
         const MdbDlnaCol &col = g_astDlnaCols[f.index];
         SCOPED_TRACE("entry " + std::to_string(f.index));
-        if (f.propName != nullptr) {
-            EXPECT_STREQ(col.pcPropName, f.propName);
-        }
-        if (f.colName != nullptr) {
-            EXPECT_STREQ(col.pcColName, f.colName);
-        }
-        if (f.searchType >= 0) {
-            EXPECT_EQ(col.usSearchType, f.searchType);
-        }
-        EXPECT_EQ(col.usFlags & f.flagsSet, f.flagsSet);
-        EXPECT_EQ(col.usFlags & f.flagsClear, 0);
-        if (f.recognizerFixed) {
-            EXPECT_EQ(col.pfnSearchValue, f.recognizer);
-        }
+        if (f.propName != nullptr) { EXPECT_STREQ(col.pcPropName, f.propName); }
+        if (f.colName != nullptr) { EXPECT_STREQ(col.pcColName, f.colName); }
+        if (f.searchType >= 0) { EXPECT_EQ(col.usSearchType, f.searchType); }
+        EXPECT_EQ(col.usFlags & f.set, f.set);
+        EXPECT_EQ(col.usFlags & f.clear, 0);
     }
     EXPECT_EQ(g_astDlnaCols[0].usColIdx, 0u);
+    EXPECT_EQ(g_astDlnaCols[2].pfnSearchValue, MdbCmpDerivedOp);
+    EXPECT_EQ(g_astDlnaCols[3].pfnSearchValue, MdbCmpStringOp);
 }
 
-TEST(PropertyTable, ContainerMetadataFindsItsPropertiesByExactName) {
-    for (const char *name : {"searchable", "upnp:storageUsed", "upnp:writeStatus", "upnp:searchClass"}) {
-        int index = IndexOfName(name);
-        ASSERT_GE(index, 0) << name;
-        EXPECT_TRUE(HasFlag(static_cast<uint32_t>(index), MDB_COL_CONTAINER_ONLY)) << name;
-    }
-}
-
-TEST(PropertyTable, EveryPropertyIsReachableBySearchCriteria) {
-    // The syntax check takes the first entry whose name begins the text: a name that is a
-    // prefix of a later one would hide it.
+TEST(PropertyTable, NoNameHidesALaterOne) {
+    // The search criteria syntax takes the first entry whose name begins the text: a name that is a
+    // prefix of a later one (or a duplicate) would hide it.
     for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
-        std::string name = g_astDlnaCols[i].pcPropName;
-        EXPECT_EQ(FirstPrefixMatch(name + " exists true"), static_cast<int>(i)) << name;
-        EXPECT_EQ(IndexOfName(name), static_cast<int>(i)) << "duplicate name " << name;
-    }
-}
-
-TEST(PropertyTable, FlagsRecognizersAndKindsAreWellFormed) {
-    const MdbSearchValueFn known[] = {nullptr, MdbCmpRelOp, MdbCmpEqualOp, MdbCmpStringOp, MdbCmpDerivedOp};
-    for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
-        const MdbDlnaCol &col = g_astDlnaCols[i];
-        SCOPED_TRACE(col.pcPropName);
-        EXPECT_EQ(col.usFlags & ~0x3Fu, 0u);
-        EXPECT_NE(std::find(std::begin(known), std::end(known), col.pfnSearchValue), std::end(known));
-        // kinds: 0, 1, 2, or a non-empty set of the item class bits 4, 8, 16
-        if (col.usSearchType >= 3) {
-            EXPECT_EQ(col.usSearchType & ~28u, 0u);
-        }
-        // a res attribute named by the table is written on "res"; attributes carry no element flag
-        if (HasFlag(i, MDB_COL_RES_ATTRIBUTE)) {
-            EXPECT_EQ(std::string(col.pcPropName).rfind("res", 0), 0u);
-        }
+        std::string text = std::string(g_astDlnaCols[i].pcPropName) + " exists true";
+        uint32_t first = 0;
+        while (text.rfind(g_astDlnaCols[first].pcPropName, 0) != 0) ++first;
+        EXPECT_EQ(first, i) << text << " is taken for " << g_astDlnaCols[first].pcPropName;
     }
 }
 

@@ -1,4 +1,4 @@
-// The media-server shim: its notification record and its file server ports.
+// The media-server shim's record of the library's eventing notifications.
 #include <mdb_platform.h>
 
 #include "server/mdb_server_shim.h"
@@ -7,38 +7,15 @@
 
 namespace {
 
-TEST(ServerShim, RecordsNotificationsInOrderUntilReset) {
+TEST(ServerShim, CountsEveryNotificationAndKeepsTheFirst) {
     MdbShimResetNotifications();
-    EXPECT_EQ(MdbShimNotifyCount(), 0u);
-    EXPECT_EQ(QRV_DMS_NOTIFY_SUBSCRIPTION(11), 0);
-    EXPECT_EQ(QRV_DMS_NOTIFY_SUBSCRIPTION(0x1010C), 0);
-    EXPECT_EQ(MdbShimNotifyCount(), 2u);
-    EXPECT_EQ(MdbShimNotifyFlags(0), 11u);
-    EXPECT_EQ(MdbShimNotifyFlags(1), 0x1010Cu);
-    EXPECT_EQ(MdbShimNotifyFlags(2), 0u);
+    for (uint32_t i = 1; i <= MDB_SHIM_NOTIFY_KEPT + 5; ++i) EXPECT_EQ(QRV_DMS_NOTIFY_SUBSCRIPTION(i), 0);
+    EXPECT_EQ(MdbShimNotifyCount(), MDB_SHIM_NOTIFY_KEPT + 5);
+    for (uint32_t i : {0u, MDB_SHIM_NOTIFY_KEPT - 1}) EXPECT_EQ(MdbShimNotifyFlags(i), i + 1);
+    EXPECT_EQ(MdbShimNotifyFlags(MDB_SHIM_NOTIFY_KEPT), 0u); // counted, not kept
     MdbShimResetNotifications();
     EXPECT_EQ(MdbShimNotifyCount(), 0u);
     EXPECT_EQ(MdbShimNotifyFlags(0), 0u);
-}
-
-TEST(ServerShim, CountsBeyondTheKeptCalls) {
-    MdbShimResetNotifications();
-    for (uint32_t i = 0; i < MDB_SHIM_NOTIFY_KEPT + 5; ++i) {
-        QRV_DMS_NOTIFY_SUBSCRIPTION(i + 1);
-    }
-    EXPECT_EQ(MdbShimNotifyCount(), MDB_SHIM_NOTIFY_KEPT + 5);
-    EXPECT_EQ(MdbShimNotifyFlags(MDB_SHIM_NOTIFY_KEPT - 1), MDB_SHIM_NOTIFY_KEPT);
-    EXPECT_EQ(MdbShimNotifyFlags(MDB_SHIM_NOTIFY_KEPT), 0u);
-    MdbShimResetNotifications();
-}
-
-TEST(ServerShim, FileServerPortsDefaultAndCanBeSet) {
-    EXPECT_EQ(UpnpGetFileServerPort(), 9000);
-    EXPECT_EQ(UpnpGetFileServerPort6(), 9000);
-    MdbShimSetFileServerPorts(8200, 8201);
-    EXPECT_EQ(UpnpGetFileServerPort(), 8200);
-    EXPECT_EQ(UpnpGetFileServerPort6(), 8201);
-    MdbShimSetFileServerPorts(9000, 9000);
 }
 
 } // namespace
