@@ -209,7 +209,9 @@ TEST(ContainerMetadata, SearchClassesOfEveryKindOfValue) {
 TEST(ContainerMetadata, SearchClassNeedsTheFilter) {
     const MdbStaticContainer *music = Node("0.1");
     std::vector<unsigned char> filter(g_ulNumOfDlnaCols, 0);
-    filter[QRV_MDB_GetFilterIdx("upnp:searchClass")] = 1;
+    const uint32_t idx = QRV_MDB_GetFilterIdx("upnp:searchClass");
+    ASSERT_LT(idx, g_ulNumOfDlnaCols) << "the table names the property exactly so";
+    filter[idx] = 1;
     Action a;
     a.setFilter(filter);
     ASSERT_EQ(QRV_MDB_BuildMetadataForStaticContainer(music, nullptr, nullptr, a.ctx()), MDB_OK);
