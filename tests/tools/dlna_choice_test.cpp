@@ -1,5 +1,5 @@
 // The DLNA profile the scanner chooses from what a reader found, at the limits of each profile,
-// and the flags word the profile library gives for it.
+// the flags word the profile library gives for it, and which file names are media at all.
 #include <dlna_choice.h>
 
 #include <mdb_platform.h>
@@ -11,6 +11,7 @@ namespace {
 
 using mdbscan::MediaInfo;
 using mdbscan::MediaKind;
+constexpr MediaKind kA = MediaKind::kAudio, kV = MediaKind::kVideo, kI = MediaKind::kImage, kNo = MediaKind::kNone;
 
 struct ProfileCase {
     const char *what;
@@ -20,45 +21,34 @@ struct ProfileCase {
     int32_t sampleFrequency, channels, bitrateBytes;
     const char *videoCodec;
     double frameRate;
-    const char *mime;
-    const char *profile;  // as the flags word's profile names it
+    const char *mime, *profile;  // profile: as the flags word's profile names it
 };
 
+// The limits of each profile; the common case of each family is in the scan of the sample tree.
 const ProfileCase kCases[] = {
-    {"MP3 at 44.1 kHz", MediaKind::kAudio, "mp3", 0, 0, 44100, 2, 16000, "", 0, "audio/mpeg", "MP3"},
-    {"MP3 at 22.05 kHz is MP3X", MediaKind::kAudio, "mp3", 0, 0, 22050, 2, 8000, "", 0, "audio/mpeg", "MP3X"},
-    {"AAC up to 320 kb/s", MediaKind::kAudio, "m4a", 0, 0, 48000, 2, 40000, "", 0, "audio/mp4", "AAC_ISO_320"},
-    {"AAC above 320 kb/s", MediaKind::kAudio, "m4a", 0, 0, 48000, 2, 40125, "", 0, "audio/mp4", "AAC_ISO"},
-    {"AAC with 6 channels", MediaKind::kAudio, "m4a", 0, 0, 48000, 6, 30000, "", 0, "audio/mp4", "AAC_ISO"},
-    {"WMA up to 192 kb/s", MediaKind::kAudio, "wma", 0, 0, 44100, 2, 24000, "", 0, "audio/x-ms-wma", "WMABASE"},
-    {"FLAC has no profile", MediaKind::kAudio, "flac", 0, 0, 96000, 2, 0, "", 0, "audio/x-flac", "Unknown"},
-    {"JPEG 160x160 is a thumbnail", MediaKind::kImage, "jpeg", 160, 160, 0, 0, 0, "", 0, "image/jpeg", "JPEG_TN"},
-    {"JPEG 161x100 is small", MediaKind::kImage, "jpeg", 161, 100, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
-    {"JPEG 640x480 is small", MediaKind::kImage, "jpeg", 640, 480, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
-    {"JPEG 480x640 (portrait) is small", MediaKind::kImage, "jpeg", 480, 640, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
-    {"JPEG 641x480 is medium", MediaKind::kImage, "jpeg", 641, 480, 0, 0, 0, "", 0, "image/jpeg", "JPEG_MED"},
-    {"JPEG 1025x768 is large", MediaKind::kImage, "jpeg", 1025, 768, 0, 0, 0, "", 0, "image/jpeg", "JPEG_LRG"},
-    {"PNG 160x160 is a thumbnail", MediaKind::kImage, "png", 160, 160, 0, 0, 0, "", 0, "image/png", "PNG_TN"},
-    {"PNG 161x160 is large", MediaKind::kImage, "png", 161, 160, 0, 0, 0, "", 0, "image/png", "PNG_LRG"},
-    {"BMP has no profile", MediaKind::kImage, "bmp", 10, 10, 0, 0, 0, "", 0, "image/bmp", "Unknown"},
-    {"MPEG-2 PS at 576 lines is PAL", MediaKind::kVideo, "mpeg", 720, 576, 48000, 2, 0, "mpeg2video", 25, "video/mpeg",
-     "MPEG_PS_PAL"},
-    {"MPEG-2 PS at 480 lines, 29.97 fps is NTSC", MediaKind::kVideo, "mpeg", 720, 480, 48000, 2, 0, "mpeg2video", 29.97,
-     "video/mpeg", "MPEG_PS_NTSC"},
-    {"MPEG-1 PS", MediaKind::kVideo, "mpeg", 352, 288, 44100, 2, 0, "mpeg1video", 25, "video/mpeg", "MPEG1"},
-    {"TS at 720 lines is HD", MediaKind::kVideo, "mpegts", 1280, 720, 48000, 2, 0, "mpeg2video", 25, "video/mpeg",
-     "MPEG_TS_HD_NA_ISO"},
-    {"TS at 576 lines is SD", MediaKind::kVideo, "mpegts", 720, 576, 48000, 2, 0, "mpeg2video", 25, "video/mpeg",
-     "MPEG_TS_SD_EU_ISO"},
-    {"timestamped TS (m2ts) at 1080 lines", MediaKind::kVideo, "m2ts", 1920, 1080, 48000, 2, 0, "h264", 25,
-     "video/vnd.dlna.mpeg-tts", "MPEG_TS_HD_NA"},
-    {"H.264 MP4 at CIF", MediaKind::kVideo, "mp4", 352, 288, 48000, 2, 0, "h264", 15, "video/mp4",
-     "AVC_MP4_BL_CIF15_AAC_520"},
-    {"H.264 MP4 at SD", MediaKind::kVideo, "mp4", 720, 576, 48000, 2, 0, "h264", 25, "video/mp4",
-     "AVC_MP4_MP_SD_AAC_MULT5"},
-    {"H.264 MP4 at HD", MediaKind::kVideo, "mp4", 1920, 1080, 48000, 2, 0, "h264", 25, "video/mp4", "AVC_MP4_HP_HD_AAC"},
-    {"Matroska has no profile", MediaKind::kVideo, "matroska", 640, 360, 48000, 2, 0, "h264", 25, "video/x-matroska",
-     "Unknown"},
+    {"MP3 at 22.05 kHz is MP3X", kA, "mp3", 0, 0, 22050, 2, 8000, "", 0, "audio/mpeg", "MP3X"},
+    {"AAC up to 320 kb/s", kA, "m4a", 0, 0, 48000, 2, 40000, "", 0, "audio/mp4", "AAC_ISO_320"},
+    {"AAC above 320 kb/s", kA, "m4a", 0, 0, 48000, 2, 40125, "", 0, "audio/mp4", "AAC_ISO"},
+    {"AAC with 6 channels", kA, "m4a", 0, 0, 48000, 6, 30000, "", 0, "audio/mp4", "AAC_ISO"},
+    {"WMA up to 192 kb/s", kA, "wma", 0, 0, 44100, 2, 24000, "", 0, "audio/x-ms-wma", "WMABASE"},
+    {"JPEG 160x160 is a thumbnail", kI, "jpeg", 160, 160, 0, 0, 0, "", 0, "image/jpeg", "JPEG_TN"},
+    {"JPEG 161x100 is small", kI, "jpeg", 161, 100, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
+    {"JPEG 640x480 is small", kI, "jpeg", 640, 480, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
+    {"JPEG 480x640 (portrait) is small", kI, "jpeg", 480, 640, 0, 0, 0, "", 0, "image/jpeg", "JPEG_SM"},
+    {"JPEG 641x480 is medium", kI, "jpeg", 641, 480, 0, 0, 0, "", 0, "image/jpeg", "JPEG_MED"},
+    {"JPEG 1025x768 is large", kI, "jpeg", 1025, 768, 0, 0, 0, "", 0, "image/jpeg", "JPEG_LRG"},
+    {"PNG 160x160 is a thumbnail", kI, "png", 160, 160, 0, 0, 0, "", 0, "image/png", "PNG_TN"},
+    {"PNG 161x160 is large", kI, "png", 161, 160, 0, 0, 0, "", 0, "image/png", "PNG_LRG"},
+    {"BMP has no profile", kI, "bmp", 10, 10, 0, 0, 0, "", 0, "image/bmp", "Unknown"},
+    {"MPEG-2 PS, 576 lines: PAL", kV, "mpeg", 720, 576, 48000, 2, 0, "mpeg2video", 25, "video/mpeg", "MPEG_PS_PAL"},
+    {"MPEG-2 PS, 480 lines, 29.97 fps: NTSC", kV, "mpeg", 720, 480, 48000, 2, 0, "mpeg2video", 29.97, "video/mpeg",
+     "MPEG_PS_NTSC"},
+    {"MPEG-1 PS", kV, "mpeg", 352, 288, 44100, 2, 0, "mpeg1video", 25, "video/mpeg", "MPEG1"},
+    {"TS, 576 lines: SD", kV, "mpegts", 720, 576, 48000, 2, 0, "mpeg2video", 25, "video/mpeg", "MPEG_TS_SD_EU_ISO"},
+    {"m2ts, 1080 lines", kV, "m2ts", 1920, 1080, 48000, 2, 0, "h264", 25, "video/vnd.dlna.mpeg-tts", "MPEG_TS_HD_NA"},
+    {"H.264 MP4 at SD", kV, "mp4", 720, 576, 48000, 2, 0, "h264", 25, "video/mp4", "AVC_MP4_MP_SD_AAC_MULT5"},
+    {"H.264 MP4 at HD", kV, "mp4", 1920, 1080, 48000, 2, 0, "h264", 25, "video/mp4", "AVC_MP4_HP_HD_AAC"},
+    {"Matroska has no profile", kV, "matroska", 640, 360, 48000, 2, 0, "h264", 25, "video/x-matroska", "Unknown"},
 };
 
 TEST(DlnaChoice, ChoosesTheProfileThatFitsAndTheLibraryAgrees) {
@@ -90,7 +80,7 @@ TEST(DlnaChoice, RefusesFormatsTheProfileLibraryDoesNotKnow) {
     const struct {
         MediaKind kind;
         const char *mime;
-    } cases[] = {{MediaKind::kVideo, "video/webm"}, {MediaKind::kAudio, ""}, {MediaKind::kAudio, "image/png"}};
+    } cases[] = {{kV, "video/webm"}, {kA, ""}, {kA, "image/png"}};
     for (const auto &c : cases) {
         MediaInfo info;
         info.mimeType = c.mime;
@@ -106,11 +96,9 @@ TEST(MediaKinds, ExtensionsDecideWhatIsMedia) {
         const char *name;
         MediaKind kind;
     } cases[] = {
-        {"song.mp3", MediaKind::kAudio},  {"SONG.FLAC", MediaKind::kAudio}, {"a.b.wav", MediaKind::kAudio},
-        {"clip.MP4", MediaKind::kVideo},  {"tape.mpg", MediaKind::kVideo},  {"show.m2ts", MediaKind::kVideo},
-        {"photo.JPeG", MediaKind::kImage}, {"icon.png", MediaKind::kImage}, {"notes.txt", MediaKind::kNone},
-        {"mp3", MediaKind::kNone},        {".mp3", MediaKind::kNone},       {"song.", MediaKind::kNone},
-        {"song.mp3.part", MediaKind::kNone},
+        {"song.mp3", kA},   {"SONG.FLAC", kA}, {"a.b.wav", kA},   {"clip.MP4", kV},      {"tape.mpg", kV},
+        {"show.m2ts", kV},  {"photo.JPeG", kI}, {"icon.png", kI}, {"notes.txt", kNo},    {"mp3", kNo},
+        {".mp3", kNo},      {"song.", kNo},    {"song.mp3.part", kNo},
     };
     for (const auto &c : cases) {
         EXPECT_EQ(mdbscan::KindOfFileName(c.name), c.kind) << c.name;

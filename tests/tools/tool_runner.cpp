@@ -1,95 +1,86 @@
-// The mdb tool as the tests run it, and libxml2 reading its answers.
+// The mdb tool as the tests run it: standard input, output and error are scratch files, so that
+// no pipe can stall it, and coreutils' timeout bounds its time. libxml2 reads its answers.
 #include "tool_runner.h"
+
+#include "temp_dir.h"
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
 #include <cstdlib>
-#include <cstring>
+
+extern char **environ;
 
 namespace mdbtest {
 
-namespace {
-
-std::string Text(xmlNode *node) {
-    xmlChar *content = xmlNodeGetContent(node);
-    std::string text = content != nullptr ? reinterpret_cast<const char *>(content) : "";
-    xmlFree(content);
-    return text;
+ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText) {
+    TempDir scratch;
+    const std::string in = scratch.write("in", stdinText), out = scratch.file("out"), err = scratch.file("err");
+    std::vector<std::string> line = {"/usr/bin/timeout", "120", MDB_TEST_TOOL};
+    line.insert(line.end(), args.begin(), args.end());
+    std::vector<char *> argv;
+    for (std::string &arg : line) {
+        argv.push_back(arg.data());
+    }
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, 0, in.c_str(), O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&files, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&files, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    ToolRun run;
+    pid_t pid = 0;
+    int status = 0;
+    if (posix_spawn(&pid, argv[0], &files, nullptr, argv.data(), environ) == 0 && waitpid(pid, &status, 0) == pid &&
+        WIFEXITED(status)) {
+        run.exitCode = WEXITSTATUS(status);
+    }
+    posix_spawn_file_actions_destroy(&files);
+    run.out = readFile(out);
+    run.err = readFile(err);
+    return run;
 }
 
-std::string Attribute(xmlNode *node, const char *name) {
-    xmlChar *value = xmlGetProp(node, reinterpret_cast<const xmlChar *>(name));
+namespace {
+
+std::string Text(xmlNode *node, const char *attribute = nullptr) {
+    xmlChar *value = attribute != nullptr ? xmlGetProp(node, BAD_CAST attribute) : xmlNodeGetContent(node);
     std::string text = value != nullptr ? reinterpret_cast<const char *>(value) : "";
     xmlFree(value);
     return text;
 }
 
-// Name with its namespace prefix, as written ("dc:title").
-std::string QualifiedName(xmlNode *node) {
-    std::string name = reinterpret_cast<const char *>(node->name);
-    if (node->ns != nullptr && node->ns->prefix != nullptr) {
-        name = std::string(reinterpret_cast<const char *>(node->ns->prefix)) + ":" + name;
-    }
-    return name;
-}
-
-long long CounterLine(const std::string &out, const std::string &label) {
-    std::string::size_type at = out.find("\n" + label + ": ");
-    if (at == std::string::npos) {
-        return -1;
-    }
-    return atoll(out.c_str() + at + label.size() + 3);
+long long Counter(const std::string &out, const std::string &label) {
+    const std::string::size_type at = ("\n" + out).find("\n" + label + ": ");
+    return at == std::string::npos ? -1 : atoll(out.c_str() + at + label.size() + 2);
 }
 
 }  // namespace
 
-ProcessResult RunTool(const std::vector<std::string> &args, const std::string &stdinText) {
-    std::vector<std::string> argv = {MDB_TEST_TOOL};
-    argv.insert(argv.end(), args.begin(), args.end());
-    return RunProcess(argv, stdinText);
-}
-
 ToolAnswer ReadAnswer(const std::string &out) {
     ToolAnswer answer;
-    answer.numberReturned = CounterLine("\n" + out, "NumberReturned");
-    answer.totalMatches = CounterLine("\n" + out, "TotalMatches");
-    std::string::size_type end = out.find("NumberReturned: ");
-    const std::string xml = out.substr(0, end);
+    answer.numberReturned = Counter(out, "NumberReturned");
+    answer.totalMatches = Counter(out, "TotalMatches");
+    const std::string xml = out.substr(0, out.find("NumberReturned: "));
     xmlDoc *doc = xmlReadMemory(xml.data(), static_cast<int>(xml.size()), "answer.xml", "UTF-8", XML_PARSE_NONET);
-    if (doc == nullptr) {
-        answer.parseError = "not well-formed XML";
-        return answer;
+    xmlNode *root = doc != nullptr ? xmlDocGetRootElement(doc) : nullptr;
+    if (root == nullptr || !xmlStrEqual(root->name, BAD_CAST "DIDL-Lite") || root->ns == nullptr ||
+        !xmlStrEqual(root->ns->href, BAD_CAST "urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/")) {
+        answer.error = "not well-formed XML with a DIDL-Lite root in its namespace:\n" + out;
+        root = nullptr;
     }
-    xmlNode *root = xmlDocGetRootElement(doc);
-    if (root == nullptr || std::strcmp(reinterpret_cast<const char *>(root->name), "DIDL-Lite") != 0 ||
-        root->ns == nullptr ||
-        std::strcmp(reinterpret_cast<const char *>(root->ns->href), "urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/") != 0) {
-        answer.parseError = "the root is not a DIDL-Lite element in its namespace";
-        xmlFreeDoc(doc);
-        return answer;
-    }
-    answer.parsed = true;
-    for (xmlNode *object = root->children; object != nullptr; object = object->next) {
-        if (object->type != XML_ELEMENT_NODE) {
-            continue;
-        }
-        DidlObject o;
-        o.element = reinterpret_cast<const char *>(object->name);
-        o.id = Attribute(object, "id");
-        o.parentId = Attribute(object, "parentID");
-        for (xmlNode *child = object->children; child != nullptr; child = child->next) {
-            if (child->type != XML_ELEMENT_NODE) {
-                continue;
-            }
-            const std::string name = QualifiedName(child);
-            if (name == "dc:title") {
+    for (xmlNode *object = root != nullptr ? xmlFirstElementChild(root) : nullptr; object != nullptr;
+         object = xmlNextElementSibling(object)) {
+        DidlObject o{reinterpret_cast<const char *>(object->name), Text(object, "id"), "", ""};
+        for (xmlNode *child = xmlFirstElementChild(object); child != nullptr; child = xmlNextElementSibling(child)) {
+            if (xmlStrEqual(child->name, BAD_CAST "title")) {
                 o.title = Text(child);
-            } else if (name == "upnp:class") {
-                o.upnpClass = Text(child);
-            } else if (name == "res" && o.res.empty()) {
+            } else if (xmlStrEqual(child->name, BAD_CAST "res") && o.res.empty()) {
                 o.res = Text(child);
-                o.importUri = Attribute(child, "importUri");
             }
         }
         answer.objects.push_back(o);
