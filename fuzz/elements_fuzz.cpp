@@ -13,6 +13,8 @@
 #include <mdb.h>
 #include <mdb_platform.h>
 
+#include "fuzz_catalogue.h"
+
 #include <sys/sysinfo.h>
 
 #include <cstdint>
@@ -28,17 +30,7 @@ sqlite3 *g_pstDb = nullptr;
 long long g_llUploadFolder = 0;
 long g_lUptime = 1000;
 
-void Fail(const char *pcWhat, const std::string &detail) {
-    std::fprintf(stderr, "elements fuzz: %s: %s\n", pcWhat, detail.c_str());
-    std::abort();
-}
-
-void Exec(const char *pcSql) {
-    char *pcErr = nullptr;
-    if (sqlite3_exec(g_pstDb, pcSql, nullptr, nullptr, &pcErr) != SQLITE_OK) {
-        Fail("setting up the catalogue", pcErr != nullptr ? pcErr : pcSql);
-    }
-}
+[[noreturn]] void Fail(const char *pcWhat, const std::string &detail) { mdbfuzz::Fail("elements", pcWhat, detail); }
 
 long long Count(const char *pcSql) {
     sqlite3_stmt *pstStmt = nullptr;
@@ -50,26 +42,8 @@ long long Count(const char *pcSql) {
     return llCount;
 }
 
-std::string ReadSchema() {
-    std::string script;
-    FILE *pstFile = std::fopen(MDB_FUZZ_SCHEMA_SCRIPT, "rb");
-    if (pstFile == nullptr) {
-        Fail("no schema script", MDB_FUZZ_SCHEMA_SCRIPT);
-    }
-    char acBuf[4096];
-    size_t n;
-    while ((n = std::fread(acBuf, 1, sizeof(acBuf), pstFile)) > 0) {
-        script.append(acBuf, n);
-    }
-    std::fclose(pstFile);
-    return script;
-}
-
 void BuildCatalogue() {
-    if (sqlite3_open(":memory:", &g_pstDb) != SQLITE_OK) {
-        Fail("no in-memory database", "");
-    }
-    Exec(ReadSchema().c_str());
+    g_pstDb = mdbfuzz::OpenCatalogue("elements");
     long long llRoot = 0;
     if (QRV_MDB_DbAddItem(g_pstDb, 0, 2, kRootPath, kRootPath, 0, "", 0, 0, 0, 0, 0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0,
                           0, 0, &llRoot) != MDB_OK ||

@@ -13,6 +13,8 @@
 #include <mdb.h>
 #include <mdb_platform.h>
 
+#include "fuzz_catalogue.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,10 +26,7 @@ namespace {
 sqlite3 *g_pstDb = nullptr;
 int g_lStatementsRun = 0;
 
-void Fail(const char *pcWhat, const std::string &detail) {
-    std::fprintf(stderr, "search fuzz: %s: %s\n", pcWhat, detail.c_str());
-    std::abort();
-}
+[[noreturn]] void Fail(const char *pcWhat, const std::string &detail) { mdbfuzz::Fail("search", pcWhat, detail); }
 
 int OnAuthorize(void *, int action, const char *pcArg1, const char *, const char *, const char *) {
     if (action != SQLITE_SELECT && action != SQLITE_READ && action != SQLITE_FUNCTION) {
@@ -50,35 +49,12 @@ int OnTrace(unsigned type, void *, void *, void *pvSql) {
     return 0;
 }
 
-void Exec(const char *pcSql) {
-    char *pcErr = nullptr;
-    if (sqlite3_exec(g_pstDb, pcSql, nullptr, nullptr, &pcErr) != SQLITE_OK) {
-        Fail("setting up the catalogue", pcErr != nullptr ? pcErr : pcSql);
-    }
-}
-
-std::string ReadSchema() {
-    std::string script;
-    FILE *pstFile = std::fopen(MDB_FUZZ_SCHEMA_SCRIPT, "rb");
-    if (pstFile == nullptr) {
-        Fail("no schema script", MDB_FUZZ_SCHEMA_SCRIPT);
-    }
-    char acBuf[4096];
-    size_t n;
-    while ((n = std::fread(acBuf, 1, sizeof(acBuf), pstFile)) > 0) {
-        script.append(acBuf, n);
-    }
-    std::fclose(pstFile);
-    return script;
-}
+void Exec(const char *pcSql) { mdbfuzz::Exec("search", g_pstDb, pcSql); }
 
 /* A small catalogue: a music, a video and a picture folder with items of several profiles, genres,
  * artists and albums. */
 void BuildCatalogue() {
-    if (sqlite3_open(":memory:", &g_pstDb) != SQLITE_OK) {
-        Fail("no in-memory database", "");
-    }
-    Exec(ReadSchema().c_str());
+    g_pstDb = mdbfuzz::OpenCatalogue("search");
     Exec("insert into GENRES values (1, 'Rock'), (2, 'Jazz'), (3, 'It''s Pop');"
          "insert into ARTISTS values (1, 'Queen'), (2, 'Miles Davis');"
          "insert into ALBUMS values (1, 'Opera'), (2, 'Kind of Blue'), (3, 'Holidays');");

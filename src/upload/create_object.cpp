@@ -172,7 +172,9 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
     // The import URL is cut at 127 characters, the size of its buffer.
     char acImportUri[128];
 #pragma GCC diagnostic push
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wformat-truncation"
+#endif
     snprintf(acImportUri, sizeof acImportUri, "%s/web/upload/%lld.%s", acBase, llNewId, pstObj->pcSuffix);
 #pragma GCC diagnostic pop
     ixmlElement_setAttribute(pstRes, "importUri", acImportUri);
