@@ -1,105 +1,108 @@
-// The catalogue of the Search tests; see search_library.h.
+// The catalogue and probes of the Search tests; see search_library.h.
 #include "search_library.h"
 
 #include <gtest/gtest.h>
 #include <mdb_platform.h>
 
-namespace searchtest {
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
 
 namespace {
+int g_lStrdupFailAt = -1;
+int g_lStrdupCalls = 0;
 
 // Profile ids (flags words) of the reference profile library: family code + (number << 16).
-constexpr int32_t kMp3 = 11;                        // audio/mpeg
-constexpr int32_t kLpcm = 11 + (2 << 16);           // audio/L16
-constexpr int32_t kAacIso320 = 11 + (3 << 16);      // audio/mp4
-constexpr int32_t kMpegPsPal = 268;                 // video/mpeg
-constexpr int32_t kAvcMp4 = 268 + (7 << 16);        // video/mp4
-constexpr int32_t kJpegLrg = 525;                   // image/jpeg
-constexpr int32_t kJpegMed = 525 + (1 << 16);       // image/jpeg
-constexpr int32_t kPngTn = 525 + (5 << 16);         // image/png
-
-constexpr long long Resolution(long long width, long long height) { return (height << 32) + width; }
-constexpr long long Seconds(long long s) { return s * 1000000; }
-
+constexpr int32_t kMp3 = 11, kLpcm = 11 + (2 << 16), kAacIso320 = 11 + (3 << 16);  // audio/mpeg, L16, mp4
+constexpr int32_t kMpegPsPal = 268, kAvcMp4 = 268 + (7 << 16);                     // video/mpeg, video/mp4
+constexpr int32_t kJpegLrg = 525, kJpegMed = 525 + (1 << 16), kPngTn = 525 + (5 << 16);
 }  // namespace
 
-SearchLibrary::SearchLibrary() {
-    // Lookup entries: ids in insertion order.
-    EXPECT_EQ(m_cat.lookup("GENRES", "Rock"), kGenreRock);
-    EXPECT_EQ(m_cat.lookup("GENRES", "Jazz"), kGenreJazz);
-    EXPECT_EQ(m_cat.lookup("GENRES", "It's Pop"), kGenrePop);
-    long long queen = m_cat.lookup("ARTISTS", "Queen");
-    long long davis = m_cat.lookup("ARTISTS", "Miles Davis");
-    long long beatles = m_cat.lookup("ARTISTS", "The Beatles");
-    long long opera = m_cat.lookup("ALBUMS", "A Night at the Opera");
-    long long blue = m_cat.lookup("ALBUMS", "Kind of Blue");
-    long long abbey = m_cat.lookup("ALBUMS", "Abbey Road");
-    long long holidays = m_cat.lookup("ALBUMS", "Holidays");
-    long long anna = m_cat.lookup("CREATORS", "Anna Lind");
+// The program's own strdup, which the library's calls reach as well: it fails on request.
+extern "C" char *strdup(const char *pcText) {
+    if (g_lStrdupFailAt >= 0 && g_lStrdupCalls++ == g_lStrdupFailAt) {
+        g_lStrdupFailAt = -1;
+        return nullptr;
+    }
+    size_t len = std::strlen(pcText) + 1;
+    char *pcCopy = static_cast<char *>(std::malloc(len));
+    if (pcCopy != nullptr) {
+        std::memcpy(pcCopy, pcText, len);
+    }
+    return pcCopy;
+}
 
-    auto folder = [&](long long parent, const std::string &name, int32_t bits) {
+namespace searchtest {
+
+SearchLibrary::SearchLibrary() {
+    // Lookup entries get ids in insertion order; the tests name genres 1..3 and folder 5.
+    EXPECT_EQ(m_cat.lookup("GENRES", "Rock"), 1);
+    EXPECT_EQ(m_cat.lookup("GENRES", "Jazz"), 2);
+    EXPECT_EQ(m_cat.lookup("GENRES", "It's Pop"), 3);
+    const long long rock = 1, jazz = 2, pop = 3;
+    const long long queen = m_cat.lookup("ARTISTS", "Queen"), davis = m_cat.lookup("ARTISTS", "Miles Davis"),
+                    beatles = m_cat.lookup("ARTISTS", "The Beatles");
+    const long long opera = m_cat.lookup("ALBUMS", "A Night at the Opera"),
+                    blue = m_cat.lookup("ALBUMS", "Kind of Blue"), abbey = m_cat.lookup("ALBUMS", "Abbey Road"),
+                    holidays = m_cat.lookup("ALBUMS", "Holidays");
+    const long long anna = m_cat.lookup("CREATORS", "Anna Lind");
+
+    auto folder = [&](long long parent, const char *name, int32_t bits) {
         mdbtest::ItemValues v;
         v.parentId = parent;
         v.flags = static_cast<int32_t>(MDB_CLASS_FOLDER) | bits;
         v.title = v.fileName = name;
         return add(v);
     };
-    long long root = folder(0, "media", 0x800 | 0x1000 | 0x2000);
-    long long video = folder(root, "video", 0x1000);
-    long long photos = folder(root, "photos", 0x2000);
+    const long long root = folder(0, "media", 0x800 | 0x1000 | 0x2000);
+    const long long video = folder(root, "video", 0x1000), photos = folder(root, "photos", 0x2000);
     folder(root, "empty", 0);
-    EXPECT_EQ(folder(root, "music", 0x800), kMusicFolder);
+    const long long music = folder(root, "music", 0x800);
+    EXPECT_EQ(music, 5);
 
-    auto music = [&](const std::string &title, int32_t profile, long long artist, long long album, long long genre,
-                     const std::string &date, long long seconds) {
-        mdbtest::ItemValues v;
-        v.parentId = kMusicFolder;
-        v.flags = profile;
-        v.title = title;
-        v.fileName = title + ".mp3";
-        v.size = 4000000;
-        v.date = date;
-        v.duration = Seconds(seconds);
-        v.artist = artist;
-        v.album = album;
-        v.genre = genre;
-        add(v);
+    struct Row {
+        long long parent;
+        const char *title;
+        int32_t profile;
+        long long artist, album, genre, creator;
+        const char *date;
+        long long seconds, width, height;
+    } rows[] = {
+        {music, "Bohemian Rhapsody", kMp3, queen, opera, rock, 0, "1975-10-31", 355, 0, 0},
+        {music, "Love of My Life", kMp3, queen, opera, rock, 0, "1975-11-21", 219, 0, 0},
+        {music, "So What", kLpcm, davis, blue, jazz, 0, "1959-08-17", 562, 0, 0},
+        {music, "Blue in Green", kAacIso320, davis, blue, jazz, 0, "1959-08-17", 337, 0, 0},
+        {music, "Come Together", kMp3, beatles, abbey, pop, 0, "1969-09-26", 259, 0, 0},
+        {music, "Something", kMp3, beatles, abbey, pop, 0, "1969-09-26", 182, 0, 0},
+        {video, "Sea Trip", kMpegPsPal, 0, holidays, 0, anna, "2012-07-01", 3600, 1280, 720},
+        {video, "Lovely Clip", kAvcMp4, queen, holidays, 0, 0, "2015-01-01", 30, 1920, 1080},
+        {video, "Short", kMpegPsPal, 0, holidays, 0, 0, "2003-03-03", 120, 640, 480},
+        {photos, "Beach", kJpegLrg, 0, 0, 0, 0, "2012-07-02", 0, 4000, 3000},
+        {photos, "Sea Sunset", kJpegMed, 0, 0, 0, anna, "2012-07-03", 0, 1024, 768},
+        {photos, "Logo", kPngTn, 0, 0, 0, 0, "2001-01-01", 0, 64, 64},
     };
-    music("Bohemian Rhapsody", kMp3, queen, opera, kGenreRock, "1975-10-31", 355);
-    music("Love of My Life", kMp3, queen, opera, kGenreRock, "1975-11-21", 219);
-    music("So What", kLpcm, davis, blue, kGenreJazz, "1959-08-17", 562);
-    music("Blue in Green", kAacIso320, davis, blue, kGenreJazz, "1959-08-17", 337);
-    music("Come Together", kMp3, beatles, abbey, kGenrePop, "1969-09-26", 259);
-    music("Something", kMp3, beatles, abbey, kGenrePop, "1969-09-26", 182);
-
-    auto clip = [&](long long parent, const std::string &title, int32_t profile, long long resolution,
-                    long long seconds, const std::string &date, long long artist, long long album, long long creator) {
+    for (const Row &r : rows) {
         mdbtest::ItemValues v;
-        v.parentId = parent;
-        v.flags = profile;
-        v.title = title;
-        v.fileName = title + ".bin";
+        v.parentId = r.parent;
+        v.flags = r.profile;
+        v.title = r.title;
+        v.fileName = std::string(r.title) + ".bin";
         v.size = 1000000;
-        v.date = date;
-        v.resolution = resolution;
-        v.duration = Seconds(seconds);
-        v.artist = artist;
-        v.album = album;
-        v.creator = creator;
+        v.date = r.date;
+        v.duration = r.seconds * 1000000;
+        v.resolution = (r.height << 32) + r.width;
+        v.artist = r.artist;
+        v.album = r.album;
+        v.genre = r.genre;
+        v.creator = r.creator;
         add(v);
-    };
-    clip(video, "Sea Trip", kMpegPsPal, Resolution(1280, 720), 3600, "2012-07-01", 0, holidays, anna);
-    clip(video, "Lovely Clip", kAvcMp4, Resolution(1920, 1080), 30, "2015-01-01", queen, holidays, 0);
-    clip(video, "Short", kMpegPsPal, Resolution(640, 480), 120, "2003-03-03", 0, holidays, 0);
-    clip(photos, "Beach", kJpegLrg, Resolution(4000, 3000), 0, "2012-07-02", 0, 0, 0);
-    clip(photos, "Sea Sunset", kJpegMed, Resolution(1024, 768), 0, "2012-07-03", 0, 0, anna);
-    clip(photos, "Logo", kPngTn, Resolution(64, 64), 0, "2001-01-01", 0, 0, 0);
+    }
 }
 
 long long SearchLibrary::add(const mdbtest::ItemValues &v) {
     long long id = m_cat.addItem(v);
     m_ids[v.title] = id;
-    m_classes[v.title] = v.flags & 127;
     return id;
 }
 
@@ -109,22 +112,76 @@ long long SearchLibrary::id(const std::string &title) const {
     return it != m_ids.end() ? it->second : -1;
 }
 
-std::set<std::string> SearchLibrary::titles() const {
-    std::set<std::string> out;
+Titles SearchLibrary::titles() const {
+    Titles out;
     for (const auto &entry : m_ids) {
         out.insert(entry.first);
     }
     return out;
 }
 
-std::set<std::string> SearchLibrary::titlesOfClass(int cls) const {
-    std::set<std::string> out;
-    for (const auto &entry : m_classes) {
-        if (entry.second == cls) {
-            out.insert(entry.first);
-        }
+Translated Translate(const std::string &container, const std::string &criteria) {
+    Translated t;
+    MdbSearchSyntax st;
+    std::memset(&st, 0, sizeof(st));
+    uint32_t status = MDBSearchCriteriaSyntax(criteria.c_str(), &st);
+    if (status == MDB_OK) {
+        char copy[256], where[512];
+        std::snprintf(copy, sizeof(copy), "%s", container.c_str());
+        std::memset(where, '#', sizeof(where));
+        t.resultClass = 99;
+        t.commaSep = 7;
+        status = MDBSearchCriteriaCheck(container.c_str(), copy, sizeof(copy), &t.resultClass, where, sizeof(where),
+                                        &t.commaSep, &st);
+        EXPECT_EQ(st.lExprNum, 0) << "expression texts not released";
+        t.where = status == MDB_OK ? where : "";
+        t.copy = copy;
     }
-    return out;
+    t.status = QRV_MDB_StatusName(status);
+    return t;
+}
+
+std::string Prop(uint32_t index) {
+    EXPECT_LT(index, g_ulNumOfDlnaCols);
+    return index < g_ulNumOfDlnaCols && g_astDlnaCols[index].pcPropName ? g_astDlnaCols[index].pcPropName : "";
+}
+
+SqlTrace::SqlTrace(sqlite3 *db) : m_db(db) { sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, &SqlTrace::OnTrace, this); }
+
+SqlTrace::~SqlTrace() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
+
+int SqlTrace::OnTrace(unsigned type, void *ctx, void *, void *x) {
+    const char *sql = static_cast<const char *>(x);
+    // Statements of triggers are reported as "-- ..." comments; only top-level statements count.
+    if (type == SQLITE_TRACE_STMT && sql != nullptr && std::strncmp(sql, "--", 2) != 0) {
+        static_cast<SqlTrace *>(ctx)->m_statements.emplace_back(sql);
+    }
+    return 0;
+}
+
+std::string PrepareError(sqlite3 *db, const std::string &where) {
+    std::string sql = "select * from DLNA where " + where;
+    sqlite3_stmt *stmt = nullptr;
+    const char *tail = nullptr;
+    int rc = sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, &tail);
+    std::string err = rc == SQLITE_OK ? "" : sqlite3_errmsg(db);
+    sqlite3_finalize(stmt);
+    if (err.empty() && tail != nullptr && *tail != '\0') {
+        err = std::string("text after the statement: ") + tail;
+    }
+    return err;
+}
+
+void FailStrdupCall(int n) {
+    g_lStrdupCalls = 0;
+    g_lStrdupFailAt = n;
+}
+
+std::string FileBytes(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
 }
 
 std::vector<std::string> WrittenTitles(const mdbtest::Action &action) {
@@ -133,11 +190,6 @@ std::vector<std::string> WrittenTitles(const mdbtest::Action &action) {
         out.push_back(mdbtest::childText(el, "dc:title"));
     }
     return out;
-}
-
-std::set<std::string> WrittenTitleSet(const mdbtest::Action &action) {
-    std::vector<std::string> v = WrittenTitles(action);
-    return std::set<std::string>(v.begin(), v.end());
 }
 
 std::vector<std::string> WrittenIds(const mdbtest::Action &action) {
