@@ -2,7 +2,7 @@
 // the two states, removal of the first match only, allocation failure, and dropping all notes
 // with their rows.
 #include "catalogue.h"
-#include "fakes.h"
+#include "upload_fixture.h"
 
 #include <mdb_platform.h>
 

@@ -1,40 +1,56 @@
-// Upload fixtures; see upload_catalogue.h.
-#include "upload_catalogue.h"
-
-#include "fakes.h"
+// Upload fixtures and the fakes of the upload test program; see upload_fixture.h.
+#include "upload_fixture.h"
 
 #include <mdb_platform.h>
 #include "server/mdb_server_shim.h"
 
-#include <algorithm>
+#include <sys/sysinfo.h>
+
 #include <cstdlib>
 #include <cstring>
 
 namespace mdbtest {
+namespace fake {
+namespace {
 
-UploadCatalogue::UploadCatalogue(bool withUploadFolder) {
+struct State {
+    long uptime = kStartUptime;
+    std::vector<unsigned> sleeps;
+    std::function<void()> hook;
+    bool addressesKnown = true;
+};
+
+State &state() {
+    static State s;
+    return s;
+}
+
+}  // namespace
+
+void reset() { state() = State{}; }
+void setUptime(long seconds) { state().uptime = seconds; }
+std::vector<unsigned> sleeps() { return state().sleeps; }
+void onSleep(std::function<void()> hook) { state().hook = std::move(hook); }
+void setAddressesKnown(bool known) { state().addressesKnown = known; }
+
+}  // namespace fake
+
+UploadCatalogue::UploadCatalogue(bool withUploadFolder) : rootDir(cat.dir().mkdir("media")) {
     fake::reset();
     MdbShimSetFileServerPorts(8200, 8206);
     MdbShimResetNotifications();
-    m_rootDir = m_cat.dir().mkdir("media");
-    m_rootId = m_cat.addFolder(0, m_rootDir);
-    m_uploadId = m_rootId;
+    rootId = uploadId = cat.addFolder(0, rootDir);
     if (withUploadFolder) {
-        m_cat.dir().mkdir("media/upload");
-        m_uploadId = m_cat.addFolder(m_rootId, "upload");
+        uploadDir = cat.dir().mkdir("media/upload");
+        uploadId = cat.addFolder(rootId, "upload");
     }
 }
 
-UploadCatalogue::~UploadCatalogue() { QRV_MDB_FreeUploadList(); }
+long long UploadCatalogue::rowCount() { return std::atoll(cat.scalar("select count(*) from ITEM").c_str()); }
+bool UploadCatalogue::hasRow(long long id) { return column(id, "1") == "1"; }
 
-long long UploadCatalogue::rowCount() { return std::atoll(m_cat.scalar("select count(*) from ITEM").c_str()); }
-
-bool UploadCatalogue::hasRow(long long id) {
-    return m_cat.scalar("select count(*) from ITEM where id=" + std::to_string(id)) == "1";
-}
-
-std::string UploadCatalogue::column(long long id, const std::string &name) {
-    return m_cat.scalar("select " + name + " from ITEM where id=" + std::to_string(id));
+std::string UploadCatalogue::column(long long id, const std::string &expr) {
+    return cat.scalar("select " + expr + " from ITEM where id=" + std::to_string(id));
 }
 
 long long UploadCatalogue::addRow(long long parent, const std::string &name, uint32_t flags) {
@@ -42,12 +58,12 @@ long long UploadCatalogue::addRow(long long parent, const std::string &name, uin
     v.parentId = parent;
     v.flags = static_cast<int32_t>(flags);
     v.title = v.fileName = name;
-    return m_cat.addItem(v);
+    return cat.addItem(v);
 }
 
 long long UploadCatalogue::addUpload(const std::string &name, uint32_t extraFlags) {
-    const long long id = addRow(m_uploadId, name, mp3Flags() | extraFlags);
-    m_cat.dir().write("media/upload/" + name, "audio bytes");
+    const long long id = addRow(uploadId, name, mp3Flags() | extraFlags);
+    cat.dir().write("media/upload/" + name, "audio bytes");
     QRV_MDB_AddUploadNote(id);
     return id;
 }
@@ -55,14 +71,6 @@ long long UploadCatalogue::addUpload(const std::string &name, uint32_t extraFlag
 uint32_t mp3Flags() {
     const char *suffix = nullptr;
     return QRV_MDB_PNtoFix("audio/mpeg", "MP3", &suffix);
-}
-
-size_t noteCount() {
-    size_t count = 0;
-    for (const MdbUploadNote *note = g_pstUploadList; note != nullptr && count < 100000; note = note->pstNext) {
-        ++count;
-    }
-    return count;
 }
 
 std::string ItemDescription::text() const {
@@ -82,32 +90,31 @@ std::string ItemDescription::text() const {
 }
 
 NewObjectRequest::NewObjectRequest(const std::string &elements, uint32_t addrFamily, const std::string &containerId)
-    : m_elements(elements), m_containerId(containerId) {
+    : m_elements(elements), m_containerId(containerId), m_doc(ixmlDocument_createDocument()) {
     m_obj.pcElements = m_elements.data();
     m_obj.pcContainerId = m_containerId.data();
     m_obj.ulAddrFamily = addrFamily;
     m_obj.ulRestricted = 1;
-    m_obj.pstDoc = ixmlDocument_createDocument();
-    m_root = ixmlDocument_createElement(m_obj.pstDoc, "DIDL-Lite");
-    ixmlNode_appendChild(reinterpret_cast<IXML_Node *>(m_obj.pstDoc), reinterpret_cast<IXML_Node *>(m_root));
+    m_obj.pstDoc = m_doc;
+    m_root = ixmlDocument_createElement(m_doc, "DIDL-Lite");
+    ixmlNode_appendChild(reinterpret_cast<IXML_Node *>(m_doc), reinterpret_cast<IXML_Node *>(m_root));
     m_obj.pstDidlRoot = m_root;
 }
 
 NewObjectRequest::~NewObjectRequest() {
     keepTexts();
-    std::sort(m_owned.begin(), m_owned.end());
-    m_owned.erase(std::unique(m_owned.begin(), m_owned.end()), m_owned.end());
     for (char *text : m_owned) {
         free(text);
     }
-    ixmlDocument_free(m_obj.pstDoc);
+    ixmlDocument_free(m_doc);
 }
 
+// Texts the request replaces are collected before and after each step, so none leaks.
 void NewObjectRequest::keepTexts() {
     for (char *text : {m_obj.pcParentId, m_obj.pcTitle, m_obj.pcDate, m_obj.pcClass, m_obj.pcSize,
                        m_obj.pcProtocolInfo, m_obj.pcIfoFileUri, m_obj.pcObjectId}) {
         if (text != nullptr) {
-            m_owned.push_back(text);
+            m_owned.insert(text);
         }
     }
 }
@@ -145,3 +152,31 @@ std::string NewObjectRequest::answerXml() const {
 }
 
 }  // namespace mdbtest
+
+using mdbtest::fake::state;
+
+extern "C" unsigned int sleep(unsigned int seconds) {
+    state().uptime += static_cast<long>(seconds);
+    state().sleeps.push_back(seconds);
+    if (state().hook) {
+        state().hook();
+    }
+    return 0;
+}
+
+extern "C" int sysinfo(struct sysinfo *info) {
+    *info = {};
+    info->uptime = state().uptime;
+    return 0;
+}
+
+// libupnp hands out writable texts; these live as long as the program.
+extern "C" char *UpnpGetServerIpAddress(void) {
+    static char address[] = "192.0.2.7";
+    return state().addressesKnown ? address : nullptr;
+}
+
+extern "C" char *UpnpGetServerIp6Address(void) {
+    static char address[] = "2001:db8::7";
+    return state().addressesKnown ? address : nullptr;
+}
