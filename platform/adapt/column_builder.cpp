@@ -8,8 +8,12 @@
 //    (containers) get the same answers as the static containers, and their number of children
 //    in the browsed media class;
 //  - @dlna:dlnaManaged: an item that is not restricted can be destroyed ("00000004");
-//  - res@protocolInfo, res@importUri, res: the library has written them with the res element.
-// A stored value of 0 (unknown duration or resolution) writes nothing.
+//  - res@protocolInfo, res@importUri, res: the library has written them with the res element;
+//  - the optional item elements (dc:date, dc:creator, upnp:artist, upnp:genre, upnp:album,
+//    upnp:originalTrackNumber, upnp:actor, upnp:author, upnp:director, upnp:producer,
+//    dc:publisher): written as stored, and not at all when the row has no value, so that an
+//    answer carries no placeholder elements for what the file does not say.
+// A stored value of 0 (unknown duration, resolution or track number) writes nothing.
 #include <mdb_platform.h>
 
 #include "../common/media_family_codes.h"
@@ -19,6 +23,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <initializer_list>
 
 using namespace mdbadapt;
@@ -98,6 +103,17 @@ uint32_t WriteResolution(IXML_Element *pstRes, const char *pcValue) {
     char acText[32];
     std::snprintf(acText, sizeof acText, "%" PRIu32 "x%" PRIu32, ulWidth, ulHeight);
     return SetAttribute(pstRes, "resolution", acText);
+}
+
+/* An optional element of the property table, named by its entry, with the stored value as its
+ * text; nothing for NULL or empty text, nor for "0" where bZeroIsUnknown (track numbers start
+ * at 1; the catalogue stores 0 for a file without one). */
+uint32_t WriteOptionalElement(MdbActionCtx *pstAction, IXML_Element *pstItem, uint32_t ulColIdx,
+                              const char *pcValue, bool bZeroIsUnknown) {
+    if (pcValue == nullptr || *pcValue == '\0' || (bZeroIsUnknown && std::strcmp(pcValue, "0") == 0)) {
+        return MDB_OK;
+    }
+    return AppendElement(pstAction, pstItem, g_astDlnaCols[ulColIdx].pcPropName, pcValue);
 }
 
 /* The item class a folder row stands for: the browsed container's media class, or in a Search
@@ -189,6 +205,19 @@ extern "C" uint32_t QRV_MDB_AdaptColItemBuilder(const MdbStaticContainer *pstCon
         return MDB_ERR_PARA;
     }
     switch (ulColIdx) {
+    case kColDate:
+    case kColCreator:
+    case kColArtist:
+    case kColGenre:
+    case kColAlbum:
+    case kColActor:
+    case kColAuthor:
+    case kColDirector:
+    case kColProducer:
+    case kColPublisher:
+        return WriteOptionalElement(pstAction, pstItem, ulColIdx, pcValue, false);
+    case kColTrackNumber:
+        return WriteOptionalElement(pstAction, pstItem, ulColIdx, pcValue, true);
     case kColDuration:
         return WriteDuration(pstRes, pcValue);
     case kColResolution:

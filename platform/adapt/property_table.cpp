@@ -14,6 +14,9 @@
 //    the search criteria syntax takes the first property whose name begins the text;
 //  - duration and resolution are stored in units clients do not read (microseconds, height<<32 +
 //    width) and are therefore written by the builder, as "H:MM:SS.mmm" and "WIDTHxHEIGHT";
+//  - the optional item elements (dc:date, dc:creator, upnp:artist, upnp:genre, upnp:album,
+//    upnp:originalTrackNumber and the people of 17-21) go through the builder, which writes them
+//    only when the row has a value: an answer spends no element on a property the row lacks;
 //  - res@protocolInfo, res@importUri and res are res attributes (0x8) that the builder leaves
 //    alone: asking for one of them makes the library write the res element with its own
 //    protocolInfo (and importUri while an upload is pending).
@@ -90,24 +93,25 @@ const MdbDlnaCol g_astDlnaCols[] = {
     /* 1 */ {"parentID", "@parentID", kAlways | kObjectAttr, kViewParentId, nullptr, kEveryRow},
     /* 2 */ {"class", "upnp:class", kAlways | kElement, kViewClass, MdbCmpDerivedOp, kNoStatement},
     /* 3 */ {"title", "dc:title", kAlways | kElement, kViewTitle, MdbCmpStringOp, kEveryRow},
-    /* 4 */ {"date", "dc:date", kElement, kViewDate, MdbCmpRelOp, kAllItems},
-    /* 5 */ {"creator", "dc:creator", kElement, kViewCreator, MdbCmpStringOp, kAllItems},
-    /* 6 */ {"artist", "upnp:artist", kElement, kViewArtist, MdbCmpStringOp, kAudioVisual},
-    /* 7 */ {"genre", "upnp:genre", kElement, kViewGenre, MdbCmpStringOp, kMusic},
+    /* 4 */ {"date", "dc:date", kElement | kBuilder, kViewDate, MdbCmpRelOp, kAllItems},
+    /* 5 */ {"creator", "dc:creator", kElement | kBuilder, kViewCreator, MdbCmpStringOp, kAllItems},
+    /* 6 */ {"artist", "upnp:artist", kElement | kBuilder, kViewArtist, MdbCmpStringOp, kAudioVisual},
+    /* 7 */ {"genre", "upnp:genre", kElement | kBuilder, kViewGenre, MdbCmpStringOp, kMusic},
     /* 8 */ {"duration", "res@duration", kResAttr | kBuilder, kViewDuration, MdbCmpRelOp, kNoStatement},
-    /* 9 */ {"album", "upnp:album", kElement, kViewAlbum, MdbCmpStringOp, kAudioVisual},
-    /* 10 */ {"originalTrackNumber", "upnp:originalTrackNumber", kElement, kViewTrackNumber, MdbCmpRelOp, kMusic},
+    /* 9 */ {"album", "upnp:album", kElement | kBuilder, kViewAlbum, MdbCmpStringOp, kAudioVisual},
+    /* 10 */ {"originalTrackNumber", "upnp:originalTrackNumber", kElement | kBuilder, kViewTrackNumber, MdbCmpRelOp,
+              kMusic},
     /* 11 */ {"resolution", "res@resolution", kResAttr | kBuilder, kViewResolution, MdbCmpRelOp, kVisual},
     /* 12 */ {"size", "res@size", kResAttr, kViewSize, MdbCmpRelOp, kAllItems},
     /* 13 */ {"bitrate", "res@bitrate", kResAttr, kViewBitrate, MdbCmpRelOp, kAudioVisual},
     /* 14 */ {"sampleFrequency", "res@sampleFrequency", kResAttr, kViewSampleFrequency, MdbCmpRelOp, kAudioVisual},
     /* 15 */ {"nrAudioChannels", "res@nrAudioChannels", kResAttr, kViewAudioChannels, MdbCmpRelOp, kAudioVisual},
     /* 16 */ {"bitsPerSample", "res@bitsPerSample", kResAttr, kViewBitsPerSample, MdbCmpRelOp, kMusic},
-    /* 17 */ {"actor", "upnp:actor", kElement, kViewActor, MdbCmpStringOp, kVideo},
-    /* 18 */ {"author", "upnp:author", kElement, kViewAuthor, MdbCmpStringOp, kAllItems},
-    /* 19 */ {"director", "upnp:director", kElement, kViewDirector, MdbCmpStringOp, kVideo},
-    /* 20 */ {"producer", "upnp:producer", kElement, kViewProducer, MdbCmpStringOp, kVideo},
-    /* 21 */ {"publisher", "dc:publisher", kElement, kViewPublisher, MdbCmpStringOp, kAllItems},
+    /* 17 */ {"actor", "upnp:actor", kElement | kBuilder, kViewActor, MdbCmpStringOp, kVideo},
+    /* 18 */ {"author", "upnp:author", kElement | kBuilder, kViewAuthor, MdbCmpStringOp, kAllItems},
+    /* 19 */ {"director", "upnp:director", kElement | kBuilder, kViewDirector, MdbCmpStringOp, kVideo},
+    /* 20 */ {"producer", "upnp:producer", kElement | kBuilder, kViewProducer, MdbCmpStringOp, kVideo},
+    /* 21 */ {"publisher", "dc:publisher", kElement | kBuilder, kViewPublisher, MdbCmpStringOp, kAllItems},
     /* 22 */ {"searchable", "searchable", kContainerOnly | kBuilder | kObjectAttr, kViewId, nullptr, kNoRow},
     /* 23 */ {"restricted", "@restricted", kAlways | kObjectAttr, kViewRestricted, MdbCmpEqualOp, kEveryRow},
     /* 24 */ {"storageUsed", "upnp:storageUsed", kContainerOnly | kBuilder | kElement, kViewId, nullptr, kNoRow},

@@ -138,14 +138,14 @@ TEST(ProtocolInfo, FamilyWithoutTransferParameters) {
     }
 }
 
-// Element properties without a value read "[Unknown]"; the filter decides what is written, the res
-// element included (for any of its attributes).
+// Optional element properties the row has no value for are left out; the filter decides what is
+// written, the res element included (for any of its attributes).
 TEST_F(ItemWriter, WhatTheFilterAndTheRowValuesGive) {
     struct Case { const char *file, *filter, *element; std::string text; };
     const Case cases[] = {
         {kTrack, "*", "upnp:album", "Time Out"},
-        {"interlude.mp3", "*", "upnp:album", "[Unknown]"},  // NULL
-        {"VOICE001", "*", "dc:date", "[Unknown]"},          // empty text
+        {"interlude.mp3", "*", "upnp:album", "<none>"},  // NULL
+        {"VOICE001", "*", "dc:date", "<none>"},          // empty text
         {kTrack, "", "upnp:album", "<none>"},
         {kTrack, "", "res", "<none>"},
         {kTrack, "res@protocolInfo", "res", "/web/mdb/" + lib.id(kTrack) + ".mp3"},
@@ -155,6 +155,7 @@ TEST_F(ItemWriter, WhatTheFilterAndTheRowValuesGive) {
         mdbtest::Action action;
         action.adoptFilter(QRV_MDB_ParseFilterString(c.filter));
         EXPECT_EQ(childText(writeRow(action, c.file), c.element), c.text) << c.file << " " << c.filter << c.element;
+        EXPECT_EQ(action.xml().find("[Unknown]"), std::string::npos) << action.xml();
     }
 }
 

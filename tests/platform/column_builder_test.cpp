@@ -68,12 +68,22 @@ TEST_F(ColumnBuilder, WritesStoredValuesInTheirDidlForm) {
         // folder rows answer as the static containers do
         {kColSearchable, "9", kMusicFolder, "1"}, {kColStorageUsed, "9", kMusicFolder, "-1"},
         {kColWriteStatus, "9", kMusicFolder, "NOT_WRITABLE"},
+        // optional item elements: the stored text, or no element at all for a value the row lacks
+        {kColArtist, "Miles Davis", kMusicItem, "Miles Davis"}, {kColArtist, nullptr, kMusicItem, "<none>"},
+        {kColPublisher, "", kMusicItem, "<none>"}, {kColDirector, nullptr, kVideoItem, "<none>"},
+        {kColDate, "2024-05-01", kMusicItem, "2024-05-01"}, {kColDate, "", kMusicItem, "<none>"},
+        {kColTrackNumber, "10", kMusicItem, "10"}, {kColTrackNumber, "0", kMusicItem, "<none>"},
+        {kColTrackNumber, nullptr, kMusicItem, "<none>"},
     };
     for (const auto &c : cases) {
         Fresh();
         EXPECT_EQ(Build(c.index, c.stored, c.flags, &kMusicFolders), MDB_OK);
         EXPECT_EQ(Written(c.index), c.written)
             << g_astDlnaCols[c.index].pcPropName << " from " << (c.stored ? c.stored : "NULL");
+        // nothing written besides: the res element alone when the value gives nothing
+        const bool element = (g_astDlnaCols[c.index].usFlags & MDB_COL_RES_ATTRIBUTE) == 0 &&
+                             (g_astDlnaCols[c.index].usFlags & MDB_COL_ELEMENT) != 0;
+        if (element) EXPECT_EQ(mdbtest::childNames(item).size(), std::string(c.written) == "<none>" ? 1u : 2u);
     }
 }
 
