@@ -83,7 +83,9 @@ TEST_F(ColumnBuilder, WritesStoredValuesInTheirDidlForm) {
         // nothing written besides: the res element alone when the value gives nothing
         const bool element = (g_astDlnaCols[c.index].usFlags & MDB_COL_RES_ATTRIBUTE) == 0 &&
                              (g_astDlnaCols[c.index].usFlags & MDB_COL_ELEMENT) != 0;
-        if (element) EXPECT_EQ(mdbtest::childNames(item).size(), std::string(c.written) == "<none>" ? 1u : 2u);
+        if (element) {
+            EXPECT_EQ(mdbtest::childNames(item).size(), std::string(c.written) == "<none>" ? 1u : 2u);
+        }
     }
 }
 
