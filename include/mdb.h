@@ -91,6 +91,15 @@ struct MdbStaticContainer {
 #define MDB_COL_CONTAINER_ONLY 0x10u /* containers only; when clear, items only; never a sort key */
 #define MDB_COL_NOT_FILTERED   0x20u /* never written on behalf of the filter */
 
+/* Existence kinds (MdbDlnaCol.usSearchType): for which rows a property exists in "exists" criteria.
+ * From 3 up a kind is a set of item classes made of the class bits below. */
+#define MDB_EXISTS_UNKNOWN   0u  /* no statement possible */
+#define MDB_EXISTS_EVERY_ROW 1u
+#define MDB_EXISTS_NO_ROW    2u
+#define MDB_EXISTS_MUSIC     4u  /* items of class 11 */
+#define MDB_EXISTS_VIDEO     8u  /* items of class 12 */
+#define MDB_EXISTS_PICTURE   16u /* items of class 13 */
+
 /* One DIDL-Lite property the server can write, and the DLNA view column it is filled from. */
 typedef struct MdbDlnaCol {
     const char *pcColName;           /* DLNA view column; also the attribute name */

@@ -39,12 +39,12 @@ constexpr uint16_t kContainerOnly = MDB_COL_CONTAINER_ONLY;
 constexpr uint16_t kObjectAttr = 0;
 
 // Existence kinds.
-constexpr uint16_t kNoStatement = 0;
-constexpr uint16_t kEveryRow = 1;
-constexpr uint16_t kNoRow = 2;
-constexpr uint16_t kMusic = 4;
-constexpr uint16_t kVideo = 8;
-constexpr uint16_t kPictures = 16;
+constexpr uint16_t kNoStatement = MDB_EXISTS_UNKNOWN;
+constexpr uint16_t kEveryRow = MDB_EXISTS_EVERY_ROW;
+constexpr uint16_t kNoRow = MDB_EXISTS_NO_ROW;
+constexpr uint16_t kMusic = MDB_EXISTS_MUSIC;
+constexpr uint16_t kVideo = MDB_EXISTS_VIDEO;
+constexpr uint16_t kPictures = MDB_EXISTS_PICTURE;
 constexpr uint16_t kAudioVisual = kMusic | kVideo;
 constexpr uint16_t kVisual = kVideo | kPictures;
 constexpr uint16_t kAllItems = kMusic | kVideo | kPictures;

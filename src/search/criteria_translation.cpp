@@ -27,16 +27,17 @@ constexpr uint32_t kResolutionProperty = 11;
 constexpr uint32_t kProtocolInfoProperty = 28;
 
 // Existence kinds of MdbDlnaCol.usSearchType below the class sets.
-constexpr uint16_t kExistsUnknown = 0;
-constexpr uint16_t kExistsEveryRow = 1;
-constexpr uint16_t kExistsNoRow = 2;
+constexpr uint16_t kExistsUnknown = MDB_EXISTS_UNKNOWN;
+constexpr uint16_t kExistsEveryRow = MDB_EXISTS_EVERY_ROW;
+constexpr uint16_t kExistsNoRow = MDB_EXISTS_NO_ROW;
 
 // The class sets: which bit of an existence kind stands for which item class.
 struct ExistenceClass {
     uint16_t usBit;
     int lClass;
 };
-constexpr ExistenceClass kExistenceClasses[] = {{4, 11}, {8, 12}, {16, 13}};
+constexpr ExistenceClass kExistenceClasses[] = {
+    {MDB_EXISTS_MUSIC, MDB_CLASS_MUSIC}, {MDB_EXISTS_VIDEO, MDB_CLASS_VIDEO}, {MDB_EXISTS_PICTURE, MDB_CLASS_PICTURE}};
 
 enum class Mode { kExistsTrue, kExistsFalse, kComparison };
 
