@@ -13,18 +13,12 @@ namespace {
 const char kName[] = "browse";
 
 int RunBrowse(int argc, char **argv) {
-    CommandLine line;
-    std::string error;
     std::vector<OptionDef> definitions = ListOptionDefs();
     definitions.push_back({"metadata", false});
-    if (!line.Parse(argc, argv, 1, definitions, error)) {
-        return UsageError(kName, error);
-    }
-    if (line.Positionals().size() != 2) {
-        return UsageError(kName, "browse needs a catalogue and an object id");
-    }
+    CommandLine line;
     ListRequest request;
-    int exitCode = ReadListRequest(kName, line, request);
+    const int exitCode = ParseListCommand(kName, argc, argv, definitions, 2,
+                                          "browse needs a catalogue and an object id", line, request);
     if (exitCode >= 0) {
         return exitCode;
     }

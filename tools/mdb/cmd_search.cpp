@@ -13,15 +13,10 @@ const char kName[] = "search";
 
 int RunSearch(int argc, char **argv) {
     CommandLine line;
-    std::string error;
-    if (!line.Parse(argc, argv, 1, ListOptionDefs(), error)) {
-        return UsageError(kName, error);
-    }
-    if (line.Positionals().size() != 3) {
-        return UsageError(kName, "search needs a catalogue, a container id and search criteria");
-    }
     ListRequest request;
-    int exitCode = ReadListRequest(kName, line, request);
+    const int exitCode =
+        ParseListCommand(kName, argc, argv, ListOptionDefs(), 3,
+                         "search needs a catalogue, a container id and search criteria", line, request);
     if (exitCode >= 0) {
         return exitCode;
     }

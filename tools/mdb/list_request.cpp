@@ -30,6 +30,18 @@ std::vector<OptionDef> ListOptionDefs() {
             {"format", true}, {"address", true}, {"port", true}};
 }
 
+int ParseListCommand(const char *command, int argc, char **argv, const std::vector<OptionDef> &definitions,
+                     size_t positionals, const char *usage, CommandLine &line, ListRequest &request) {
+    std::string error;
+    if (!line.Parse(argc, argv, 1, definitions, error)) {
+        return UsageError(command, error);
+    }
+    if (line.Positionals().size() != positionals) {
+        return UsageError(command, usage);
+    }
+    return ReadListRequest(command, line, request);
+}
+
 int ReadListRequest(const char *command, const CommandLine &line, ListRequest &request) {
     std::string error;
     uint32_t port = 9000;

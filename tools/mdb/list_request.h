@@ -28,6 +28,12 @@ std::vector<OptionDef> ListOptionDefs();
 // Reads the list options; on a bad value returns the exit code of a usage error, else -1.
 int ReadListRequest(const char *command, const CommandLine &line, ListRequest &request);
 
+// Parses the line of a list command (definitions: the list options and the command's own) and
+// reads its list request. It needs exactly `positionals` positional arguments; `usage` says which.
+// On a usage error returns the exit code, else -1.
+int ParseListCommand(const char *command, int argc, char **argv, const std::vector<OptionDef> &definitions,
+                     size_t positionals, const char *usage, CommandLine &line, ListRequest &request);
+
 // Prepares an action record (filter bytes, sort text, answer document), calls the library through
 // call, prints the answer with NumberReturned and TotalMatches, and returns the exit code.
 // objectId is the ObjectID or ContainerID (copied into the action's writable id buffer).
