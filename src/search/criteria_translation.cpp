@@ -2,7 +2,7 @@
 // class of the search container, the row or category named after the "|" of its id, and the parsed
 // criteria, whose skeleton it walks while each expression is translated by its property's kind.
 // Everything here is text building: no statement runs. Values from the client are written only as
-// escaped literals, numbers or double-quoted texts without a quote inside, and no text is cut: a
+// single-quoted literals with their quotes doubled or as numbers, and no text is cut: a
 // text that would not fit its buffer is refused.
 #include "search/expression_translation.h"
 #include "search/search_categories.h"

@@ -29,7 +29,8 @@ constexpr uint32_t kMdbShortConditionSize = 128;
 // there is no such pair, a quote stands inside it, or it does not fit.
 bool MdbExpressionValue(const char *pcFrom, char (&acValue)[kMdbConditionSize]);
 
-// Containment: "<column> like '%<value>%'", the value's single quotes doubled.
+// Containment: "<column> like '%<value>%'", the value's single quotes doubled; "%", "_" and "\" of
+// the value escaped with "\" and followed by ESCAPE '\' when it holds any of them.
 uint32_t MdbTranslateContainment(MdbTranslation &stT, const MdbDlnaCol &stCol, const char *pcValue);
 
 // Class "=" or "derivedfrom": the item classes the value names, or the category class it asks for.
@@ -40,8 +41,8 @@ uint32_t MdbTranslateResolution(MdbTranslation &stT, const MdbDlnaCol &stCol, co
                                 const char *pcValue);
 
 // Relational comparison: pcOp at the operator, the value behind it up to the end of the
-// expression. The value keeps its double quotes, except for a duration (bDuration), which is
-// written in microseconds. Without a relational operator the expression keeps every row ("1").
+// expression. The value is written as a single-quoted SQL literal, except for a duration
+// (bDuration), which is written in microseconds. Without a relational operator the expression keeps every row ("1").
 uint32_t MdbTranslateComparison(MdbTranslation &stT, const MdbDlnaCol &stCol, bool bDuration,
                                 const char *pcOp);
 

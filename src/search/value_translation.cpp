@@ -1,9 +1,15 @@
 // Translations of expressions whose value is compared with one DLNA view column: containment (SQL
-// LIKE), relational comparison (the value as the client wrote it, in double quotes, or a duration
-// in microseconds) and resolution ("WxH" as the column's packed number).
+// LIKE), relational comparison (the value as an SQL string literal, or a duration in
+// microseconds) and resolution ("WxH" as the column's packed number).
+//
+// A client's value is only ever written as a single-quoted literal with its quotes doubled, never
+// in double quotes: SQLite reads a double-quoted text that names a column as that column, so
+// dc:title = "title" would compare every row's title with itself.
 #include "search/expression_translation.h"
 #include "search/search_words.h"
 #include "search/sql_join.h"
+
+#include "store/sql_text.h"
 
 #include <mdb.h>
 
@@ -12,8 +18,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace {
+
+// The escape character of LIKE patterns that hold a wildcard character of the client's value.
+constexpr char kLikeEscape = '\\';
 
 /* Append a condition built in a buffer of ulSize bytes: refused when it would not fit it. */
 uint32_t AppendCondition(MdbTranslation &stT, const char *pcCond, uint32_t ulSize) {
@@ -53,14 +63,25 @@ bool ReadUnsigned(const char **ppc, unsigned long long *pullValue) {
 }  // namespace
 
 uint32_t MdbTranslateContainment(MdbTranslation &stT, const MdbDlnaCol &stCol, const char *pcValue) {
-    // Single quotes are doubled; "%" and "_" in the value stay LIKE wildcards.
-    char *pcCond = sqlite3_mprintf("%s like '%%%q%%'", stCol.pcColName != nullptr ? stCol.pcColName : "", pcValue);
-    if (pcCond == nullptr) {
+    // "%" and "_" of the value match themselves: they, and the escape character, are escaped, and
+    // the ESCAPE clause is added only when the value holds one of them, so that ordinary values
+    // keep the plain "col like '%value%'" form.
+    std::string pattern;
+    bool bEscaped = false;
+    for (const char *pc = pcValue; *pc != '\0'; ++pc) {
+        if (*pc == '%' || *pc == '_' || *pc == kLikeEscape) {
+            pattern += kLikeEscape;
+            bEscaped = true;
+        }
+        pattern += *pc;
+    }
+    const char *pcColumn = stCol.pcColName != nullptr ? stCol.pcColName : "";
+    MdbSqlText pcCond(bEscaped ? sqlite3_mprintf("%s like '%%%q%%' ESCAPE '%c'", pcColumn, pattern.c_str(), kLikeEscape)
+                               : sqlite3_mprintf("%s like '%%%q%%'", pcColumn, pattern.c_str()));
+    if (!pcCond) {
         return MDB_ERR_MEM;
     }
-    uint32_t ulStatus = AppendCondition(stT, pcCond, kMdbConditionSize);
-    sqlite3_free(pcCond);
-    return ulStatus;
+    return AppendCondition(stT, pcCond.get(), kMdbConditionSize);
 }
 
 long long MdbParseDuration(const char *pcText) {
@@ -117,17 +138,12 @@ uint32_t MdbTranslateComparison(MdbTranslation &stT, const MdbDlnaCol &stCol, bo
     if (!MdbExpressionValue(pcOp, acValue)) {
         return MDB_ERR_PARA;
     }
-    char acOperand[kMdbConditionSize + 2];
-    if (bDuration) {
-        std::snprintf(acOperand, sizeof(acOperand), "%lld", MdbParseDuration(acValue));
-    } else {
-        // The value keeps its double quotes; it holds no double quote of its own.
-        std::snprintf(acOperand, sizeof(acOperand), "\"%s\"", acValue);
+    const char *pcColumn = stCol.pcColName != nullptr ? stCol.pcColName : "";
+    MdbSqlText pcCond(bDuration ? sqlite3_mprintf("%s %s %lld", pcColumn, g_apcSearchOpStrings[lOp],
+                                                  MdbParseDuration(acValue))
+                                : sqlite3_mprintf("%s %s '%q'", pcColumn, g_apcSearchOpStrings[lOp], acValue));
+    if (!pcCond) {
+        return MDB_ERR_MEM;
     }
-    char acCond[kMdbShortConditionSize];
-    if (std::snprintf(acCond, sizeof(acCond), "%s %s %s", stCol.pcColName != nullptr ? stCol.pcColName : "",
-                      g_apcSearchOpStrings[lOp], acOperand) >= static_cast<int>(sizeof(acCond))) {
-        return MDB_ERR_PARA;
-    }
-    return AppendCondition(stT, acCond, sizeof(acCond));
+    return AppendCondition(stT, pcCond.get(), kMdbShortConditionSize);
 }

@@ -84,4 +84,45 @@ TEST(ClientCriteria, ReturnTheRowsTheyAskFor) {
     }
 }
 
+// Values are compared as values: a value that names a column is not that column, and the LIKE
+// wildcards of a containment value match themselves. Also with SQLite's double-quoted string
+// literals switched off, as a build with SQLITE_DQS=0 has them.
+TEST(ClientCriteria, ValuesAreComparedAsValuesNotColumns) {
+    searchtest::SearchLibrary lib;
+    for (const char *title : {"100% Pure", "1000 Miles", "a_b", "axb", "back\\slash", "backXslash", "Same.bin"}) {
+        mdbtest::ItemValues v;
+        v.parentId = 5;  // the music folder
+        v.flags = 11;                                   // an MP3 track
+        v.title = title;
+        v.fileName = std::string(title) == "Same.bin" ? title : std::string(title) + ".mp3";
+        lib.catalogue().addItem(v);
+    }
+    struct {
+        const char *criteria;
+        Titles expected;
+    } cases[] = {
+        {"dc:title = \"title\"", {}},
+        {"dc:title = \"fileName\"", {}},
+        {"upnp:artist = \"artist\"", {}},
+        {"dc:date = \"date\"", {}},
+        {"dc:title = \"Same.bin\"", {"Same.bin"}},
+        {"dc:title contains \"100%\"", {"100% Pure"}},
+        {"dc:title contains \"a_b\"", {"a_b"}},
+        {"dc:title contains \"k\\s\"", {"back\\slash"}},
+        {"dc:date >= \"1975-11-01\" and dc:date < \"1976\"", {"Love of My Life"}},
+    };
+    for (bool bDoubleQuotedStrings : {true, false}) {
+        int lOld = -1;
+        sqlite3_db_config(lib.db(), SQLITE_DBCONFIG_DQS_DML, bDoubleQuotedStrings ? 1 : 0, &lOld);
+        for (const auto &c : cases) {
+            SCOPED_TRACE(std::string(c.criteria) + (bDoubleQuotedStrings ? "" : " (no double-quoted strings)"));
+            mdbtest::Action action(false, 100, 0);
+            action.setObjectId("0");
+            ASSERT_STREQ(QRV_MDB_StatusName(QRV_MDB_Search("0", c.criteria, action.ctx())), "MDB_OK");
+            EXPECT_EQ(searchtest::AsSet(searchtest::WrittenTitles(action)), c.expected);
+            EXPECT_EQ(action->ulTotalMatches, c.expected.size());
+        }
+    }
+}
+
 }  // namespace

@@ -150,12 +150,12 @@ TEST(CriteriaTranslation, ClientValuesAreEscapedAndMustFit) {
     RunCases({
         {"0", "dc:title contains \"it's\"", "title like '%it''s%'"},
         {"0", "dc:title contains \"x' or 1=1 --\"", "title like '%x'' or 1=1 --%'"},
-        {"0", "dc:title contains \"50%_off\"", "title like '%50%_off%'"},  // LIKE wildcards stay
+        {"0", "dc:title contains \"50%_off\"", "title like '%50\\%\\_off%' ESCAPE '\\'"},
         {"0.1.264|5' or '1'='1", "*", kAudioOrFolder + " and parentID = '5'' or ''1''=''1'", 0, "0.1.264", 0},
         {"0.1.257", "@id = \"0.1.257|it's\"", "(flags & 127) = 11 and (genre_id = 'it''s' and (flags & 127) = 11)", 4},
         {"0", Prop(28) + " contains \"http-get:*:x' or 1=1 --:*\"", kAnyItem + " and 0"},
         // A double-quoted comparison value holds no double quote: the parser ends it at the first one.
-        {"0", "dc:date >= \"x' or 1=1 --\"", kAnyItem + " and date >= \"x' or 1=1 --\""},
+        {"0", "dc:date >= \"x' or 1=1 --\"", kAnyItem + " and date >= 'x'' or 1=1 --'"},
         {"0", "dc:title contains \"" + std::string(125, '\'') + "\"", "MDB_ERR_PARA"},
         {"0.1.264|5" + std::string(130, '\''), "*", "MDB_ERR_PARA"},
         {"0.1.257", "@id = \"0.1.257|" + std::string(100, '\'') + "\"", "MDB_ERR_PARA"},

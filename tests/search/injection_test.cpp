@@ -52,7 +52,7 @@ TEST(Injection, HostileInputNeverWidensOrWrites) {
         {"0.1.257|3;delete from ITEM", "*", "", {}},
         {"0.1.264|5" + std::string(240, '\''), "*", "", {}},
         {"0", "dc:title contains \"" + std::string(200, '\'') + "\"", "", {}},
-        {"0.1.264|5", "dc:title contains \"_\"", "*", {}},  // LIKE wildcards stay, within the folder
+        {"0.1.264|5", "dc:title contains \"_\"", "", {}},  // a LIKE wildcard matches itself only
     };
     const std::string path = lib.catalogue().dbPath();
     const std::string before = searchtest::FileBytes(path);
