@@ -17,10 +17,16 @@ extern char **environ;
 
 namespace mdbtest {
 
-ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText) {
+namespace {
+// The tool makes new catalogues with the build tree's schema script, not with the installed one
+// (which need not exist on the machine). Set once, before any test spawns the tool.
+[[maybe_unused]] const bool kSchemaScriptSet = setenv("MDB_SCHEMA_SCRIPT", MDB_TEST_TOOL_SCHEMA_SCRIPT, 1) == 0;
+}  // namespace
+
+ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText, int timeoutSeconds) {
     TempDir scratch;
     const std::string in = scratch.write("in", stdinText), out = scratch.file("out"), err = scratch.file("err");
-    std::vector<std::string> line = {"/usr/bin/timeout", "120", MDB_TEST_TOOL};
+    std::vector<std::string> line = {"/usr/bin/timeout", std::to_string(timeoutSeconds), MDB_TEST_TOOL};
     line.insert(line.end(), args.begin(), args.end());
     std::vector<char *> argv;
     for (std::string &arg : line) {
@@ -75,7 +81,8 @@ ToolAnswer ReadAnswer(const std::string &out) {
     }
     for (xmlNode *object = root != nullptr ? xmlFirstElementChild(root) : nullptr; object != nullptr;
          object = xmlNextElementSibling(object)) {
-        DidlObject o{reinterpret_cast<const char *>(object->name), Text(object, "id"), "", ""};
+        DidlObject o{reinterpret_cast<const char *>(object->name), Text(object, "id"), "", "",
+                     Text(object, "restricted")};
         for (xmlNode *child = xmlFirstElementChild(object); child != nullptr; child = xmlNextElementSibling(child)) {
             if (xmlStrEqual(child->name, BAD_CAST "title")) {
                 o.title = Text(child);

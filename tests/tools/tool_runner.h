@@ -8,17 +8,19 @@
 namespace mdbtest {
 
 struct ToolRun {
-    int exitCode = -1;  // -1 when the tool could not be run; 124 when stopped after 120 s
+    int exitCode = -1;  // -1 when the tool could not be run; 124 when stopped at its time limit
     std::string out, err;
 };
 
-// mdb with the arguments and stdinText on standard input.
-ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText = std::string());
+// mdb with the arguments and stdinText on standard input, stopped after timeoutSeconds.
+ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText = std::string(),
+                int timeoutSeconds = 120);
 
 struct DidlObject {
     std::string element;  // "container" or "item"
     std::string id, title;
     std::string res;  // text of the first res element
+    std::string restricted;  // its restricted attribute
 };
 
 struct ToolAnswer {

@@ -1,7 +1,12 @@
 // Writing scan results into the catalogue with the library's store operations. Statements the
 // store operations do not offer (the children of a folder with their size and modification time,
-// transactions, ANALYZE) go through the library's statement runner MdbExecSql.
+// transactions, ANALYZE) go through the library's statement runner MdbExecSql; BEGIN IMMEDIATE,
+// COMMIT and ROLLBACK each run as a text of their own, since the runner repeats a busy text from
+// its first statement.
 #include "catalogue_writer.h"
+
+#include "upload_folder.h"
+#include "utf8_text.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -27,70 +32,139 @@ int CollectChildRow(void *arg, int columns, char **values, char **) {
 constexpr uint32_t kClassBitFirst = MDB_CLASS_MUSIC;
 constexpr uint32_t kClassBitLast = MDB_CLASS_PICTURE;
 
+bool IsFolder(uint32_t flags) { return (flags & MDB_FLAGS_CLASS_MASK) == MDB_CLASS_FOLDER; }
+
 }  // namespace
 
-CatalogueWriter::CatalogueWriter(sqlite3 *db, uint32_t batchSize)
-    : m_db(db), m_batchSize(batchSize == 0 ? 1 : batchSize) {}
+CatalogueWriter::CatalogueWriter(sqlite3 *db, uint32_t batchSize, CatalogueLock *lock)
+    : m_db(db), m_batchSize(batchSize == 0 ? 1 : batchSize), m_lock(lock != nullptr ? lock : &m_noLock) {}
+
+CatalogueWriter::~CatalogueWriter() { Rollback(); }
 
 uint32_t CatalogueWriter::Run(const char *sql) {
     return MdbExecSql(m_db, sql, nullptr, nullptr, nullptr) == SQLITE_OK ? MDB_OK : MDB_ERR_DB;
 }
 
-uint32_t CatalogueWriter::Begin() {
-    uint32_t rc = Run("BEGIN");
-    m_open = rc == MDB_OK;
+uint32_t CatalogueWriter::Write() {
+    if (m_open) {
+        return MDB_OK;
+    }
+    m_lock->Lock();
+    if (Run("BEGIN IMMEDIATE") != MDB_OK) {
+        m_lock->Unlock();
+        return MDB_ERR_DB;
+    }
+    m_open = true;
     m_pending = 0;
-    return rc;
+    return MDB_OK;
 }
 
-uint32_t CatalogueWriter::Commit() {
+uint32_t CatalogueWriter::Release() {
     if (!m_open) {
         return MDB_OK;
     }
+    const uint32_t rc = Run("COMMIT");
+    if (rc != MDB_OK) {
+        Run("ROLLBACK");
+        m_lookupCache.clear();
+    }
     m_open = false;
-    return Run("COMMIT");
+    m_lock->Unlock();
+    return rc;
 }
 
 void CatalogueWriter::Rollback() {
     if (m_open) {
         Run("ROLLBACK");
         m_open = false;
+        m_lock->Unlock();
+        // Entries the rolled-back transaction added are gone again.
+        m_lookupCache.clear();
     }
 }
 
 uint32_t CatalogueWriter::Changed() {
-    if (++m_pending < m_batchSize) {
-        return MDB_OK;
-    }
-    uint32_t rc = Commit();
-    return rc != MDB_OK ? rc : Begin();
+    return ++m_pending < m_batchSize ? MDB_OK : Release();
 }
 
-uint32_t CatalogueWriter::Analyze() { return Run("ANALYZE"); }
+uint32_t CatalogueWriter::Analyze() {
+    uint32_t rc = Write();
+    if (rc == MDB_OK) {
+        rc = Run("ANALYZE");
+    }
+    if (rc != MDB_OK) {
+        Rollback();
+        return rc;
+    }
+    return Release();
+}
 
 uint32_t CatalogueWriter::Children(long long parentId, std::map<std::string, CatalogueRow> &rows) {
     char sql[160];
     snprintf(sql, sizeof sql, "select id,fileName,flags,size,lastModify from ITEM where parentID=%lld", parentId);
     rows.clear();
-    return MdbExecSql(m_db, sql, CollectChildRow, &rows, nullptr) == SQLITE_OK ? MDB_OK : MDB_ERR_DB;
+    // Outside a transaction the read is one statement of its own, serialised like any other.
+    const bool locked = !m_open;
+    if (locked) {
+        m_lock->Lock();
+    }
+    const int rc = MdbExecSql(m_db, sql, CollectChildRow, &rows, nullptr);
+    if (locked) {
+        m_lock->Unlock();
+    }
+    return rc == SQLITE_OK ? MDB_OK : MDB_ERR_DB;
 }
 
-uint32_t CatalogueWriter::FindRoot(const std::string &path, CatalogueRow &row) {
+uint32_t CatalogueWriter::ExistingRow(long long parentId, const std::string &fileName, CatalogueRow &row) {
     row = CatalogueRow();
     row.id = -1;
-    uint32_t rc = QRV_MDB_DbGetItemIdByName(m_db, 0, path.c_str(), &row.id);
-    if (rc != MDB_OK || row.id <= 0) {
-        row.id = -1;
-        return rc;
+    uint32_t rc = QRV_MDB_DbGetItemIdByName(m_db, parentId, fileName.c_str(), &row.id);
+    if (rc == MDB_OK && row.id > 0) {
+        rc = QRV_MDB_GetItemInfo(m_db, row.id, nullptr, nullptr, 0, &row.flags);
     }
-    return QRV_MDB_GetItemInfo(m_db, row.id, nullptr, nullptr, 0, &row.flags);
+    return rc;
 }
 
-uint32_t CatalogueWriter::AddFolder(long long parentId, const std::string &title, const std::string &fileName,
-                                    long long &id) {
+uint32_t CatalogueWriter::FindOrAddRoot(const std::string &path, const std::string &title, CatalogueRow &row,
+                                        bool &isNew) {
+    isNew = false;
+    uint32_t rc = Write();
+    if (rc == MDB_OK) {
+        rc = ExistingRow(0, path, row);
+    }
+    if (rc != MDB_OK || row.id > 0) {
+        return rc;
+    }
+    isNew = true;
+    row.flags = kScannedFolderFlags;
+    rc = QRV_MDB_DbAddItem(m_db, 0, static_cast<int32_t>(row.flags), title.c_str(), path.c_str(), 0, "", 0, 0, 0, 0,
+                           0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, &row.id);
+    return rc != MDB_OK ? rc : Changed();
+}
+
+uint32_t CatalogueWriter::AddFolder(long long parentId, const std::string &name, uint32_t flags, long long &id) {
     id = 0;
-    uint32_t rc = QRV_MDB_DbAddItem(m_db, parentId, static_cast<int32_t>(MDB_CLASS_FOLDER), title.c_str(),
-                                    fileName.c_str(), 0, "", 0, 0, 0, 0, 0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, &id);
+    uint32_t rc = Write();
+    CatalogueRow existing;
+    if (rc == MDB_OK) {
+        rc = ExistingRow(parentId, name, existing);
+    }
+    if (rc == MDB_OK && existing.id > 0) {
+        if (IsFolder(existing.flags)) {
+            id = existing.id;
+            return MDB_OK;
+        }
+        RemovedRows removed;
+        rc = DeleteTree(existing, removed);
+    }
+    if (rc == MDB_OK) {
+        rc = Write();  // the deletion may have completed a batch
+    }
+    if (rc != MDB_OK) {
+        return rc;
+    }
+    rc = QRV_MDB_DbAddItem(m_db, parentId, static_cast<int32_t>(flags), ValidUtf8(name).c_str(), name.c_str(), 0, "",
+                           0, 0, 0, 0, 0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, &id);
     return rc != MDB_OK ? rc : Changed();
 }
 
@@ -114,13 +188,30 @@ uint32_t CatalogueWriter::LookupId(const char *table, const std::string &name, l
     return rc;
 }
 
-uint32_t CatalogueWriter::WriteItem(const ItemPlace &place, uint32_t flags, const MediaInfo &info,
-                                    long long existingId, long long &id) {
+uint32_t CatalogueWriter::WriteItem(const ItemPlace &place, uint32_t flags, const MediaInfo &info, long long &id,
+                                    bool &updated) {
+    id = 0;
+    updated = false;
+    uint32_t rc = Write();
+    CatalogueRow existing;
+    if (rc == MDB_OK) {
+        rc = ExistingRow(place.parentId, place.fileName, existing);
+    }
+    if (rc == MDB_OK && existing.id > 0 && IsFolder(existing.flags)) {
+        RemovedRows removed;
+        rc = DeleteTree(existing, removed);
+        existing.id = -1;
+        if (rc == MDB_OK) {
+            rc = Write();
+        }
+    }
     long long genre = 0;
     long long artist = 0;
     long long album = 0;
     long long creator = 0;
-    uint32_t rc = LookupId("GENRES", info.genre, genre);
+    if (rc == MDB_OK) {
+        rc = LookupId("GENRES", info.genre, genre);
+    }
     if (rc == MDB_OK) {
         rc = LookupId("ARTISTS", info.artist, artist);
     }
@@ -134,15 +225,15 @@ uint32_t CatalogueWriter::WriteItem(const ItemPlace &place, uint32_t flags, cons
         return rc;
     }
     const int32_t lFlags = static_cast<int32_t>(flags);
-    if (existingId > 0) {
-        id = existingId;
+    if (existing.id > 0) {
+        id = existing.id;
+        updated = true;
         rc = QRV_MDB_DbUpdateItemValues(m_db, place.parentId, lFlags, place.title.c_str(), place.fileName.c_str(),
                                         place.size, place.date.c_str(), info.bitsPerSample, info.durationUs,
                                         info.nrAudioChannels, info.Resolution(), info.sampleFrequency, info.bitrate,
                                         place.lastModify.c_str(), info.trackNumber, 0, album, artist, 0, creator, 0,
-                                        genre, 0, 0, existingId);
+                                        genre, 0, 0, existing.id);
     } else {
-        id = 0;
         rc = QRV_MDB_DbAddItem(m_db, place.parentId, lFlags, place.title.c_str(), place.fileName.c_str(), place.size,
                                place.date.c_str(), info.bitsPerSample, info.durationUs, info.nrAudioChannels,
                                info.Resolution(), info.sampleFrequency, info.bitrate, place.lastModify.c_str(),
@@ -152,14 +243,23 @@ uint32_t CatalogueWriter::WriteItem(const ItemPlace &place, uint32_t flags, cons
 }
 
 /* Depth first: the folders below are emptied and deleted before the folder's own item children
- * (QRV_MDB_DbDelSubItem) and the folder itself (QRV_MDB_DbDelItem). */
+ * (QRV_MDB_DbDelSubItem) and the folder itself (QRV_MDB_DbDelItem). The whole tree goes in one
+ * transaction and counts as one change, so that no reader sees a folder half deleted. */
 uint32_t CatalogueWriter::DeleteTree(const CatalogueRow &row, RemovedRows &removed) {
-    if ((row.flags & MDB_FLAGS_CLASS_MASK) == MDB_CLASS_FOLDER) {
+    uint32_t rc = Write();
+    if (rc == MDB_OK) {
+        rc = DeleteRows(row, removed);
+    }
+    return rc != MDB_OK ? rc : Changed();
+}
+
+uint32_t CatalogueWriter::DeleteRows(const CatalogueRow &row, RemovedRows &removed) {
+    if (IsFolder(row.flags)) {
         std::map<std::string, CatalogueRow> children;
         uint32_t rc = Children(row.id, children);
         for (auto it = children.begin(); rc == MDB_OK && it != children.end(); ++it) {
-            if ((it->second.flags & MDB_FLAGS_CLASS_MASK) == MDB_CLASS_FOLDER) {
-                rc = DeleteTree(it->second, removed);
+            if (IsFolder(it->second.flags)) {
+                rc = DeleteRows(it->second, removed);
             } else {
                 ++removed.items;
             }
@@ -174,25 +274,26 @@ uint32_t CatalogueWriter::DeleteTree(const CatalogueRow &row, RemovedRows &remov
     } else {
         ++removed.items;
     }
-    uint32_t rc = QRV_MDB_DbDelItem(m_db, row.id);
-    return rc != MDB_OK ? rc : Changed();
+    return QRV_MDB_DbDelItem(m_db, row.id);
 }
 
-uint32_t CatalogueWriter::SetFolderBits(long long id, uint32_t oldFlags, uint32_t bits) {
-    const uint32_t oldBits = oldFlags & kFolderBits;
-    bits &= kFolderBits;
-    if (oldBits == bits) {
+uint32_t CatalogueWriter::SetFolderFlags(long long id, uint32_t oldFlags, uint32_t newFlags) {
+    if (oldFlags == newFlags) {
         return MDB_OK;
     }
-    uint32_t rc = MDB_OK;
-    if ((oldBits & ~bits) != 0) {
-        rc = QRV_MDB_SetFolderFlags(m_db, id, static_cast<int32_t>((oldFlags & ~kFolderBits) | bits));
+    uint32_t rc = Write();
+    if (rc != MDB_OK) {
+        return rc;
+    }
+    const uint32_t added = newFlags & ~oldFlags;
+    if ((oldFlags & ~newFlags) != 0 || (added & ~kFolderBits) != 0) {
+        rc = QRV_MDB_SetFolderFlags(m_db, id, static_cast<int32_t>(newFlags));
     } else {
         // QRV_MDB_UpdateFolderFlags writes nothing when any of the bits it is given is set
         // already, so each class bit goes in a call of its own.
         for (uint32_t c = kClassBitFirst; rc == MDB_OK && c <= kClassBitLast; ++c) {
             const uint32_t bit = 1u << c;
-            if ((bits & bit) != 0 && (oldBits & bit) == 0) {
+            if ((added & bit) != 0) {
                 rc = QRV_MDB_UpdateFolderFlags(m_db, id, bit);
             }
         }

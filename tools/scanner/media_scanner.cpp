@@ -4,6 +4,8 @@
 #include "media_scanner.h"
 
 #include "dlna_choice.h"
+#include "upload_folder.h"
+#include "utf8_text.h"
 
 #include <dirent.h>
 #include <sys/ioctl.h>
@@ -101,13 +103,14 @@ std::string FormatModificationTime(long long mtime) {
 }
 
 MediaScanner::MediaScanner(sqlite3 *db, const ScanOptions &options)
-    : m_db(db), m_options(options), m_writer(db, options.batchSize) {}
+    : m_db(db), m_options(options), m_writer(db, options.batchSize, options.lock) {}
 
 uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
     m_counts = ScanCounts();
     m_skipped.clear();
     m_error.clear();
     m_uploadFolder.clear();
+    m_uploadFolderId = -1;
     if (m_db == nullptr) {
         m_error = "no catalogue is open";
         return MDB_ERR_PARA;
@@ -130,16 +133,13 @@ uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
         }
         roots.emplace_back(resolved);
     }
-    uint32_t rc = m_writer.Begin();
+    uint32_t rc = MDB_OK;
     // Root rows first, so that the first root (the smallest id) is known before the walk.
     std::vector<CatalogueRow> rootRows(roots.size());
     for (size_t i = 0; rc == MDB_OK && i < roots.size(); ++i) {
-        rc = m_writer.FindRoot(roots[i], rootRows[i]);
-        if (rc == MDB_OK && rootRows[i].id <= 0) {
-            rootRows[i].flags = MDB_CLASS_FOLDER;
-            rc = m_writer.AddFolder(0, BaseName(roots[i]), roots[i], rootRows[i].id);
-            ++m_counts.foldersAdded;
-        }
+        bool isNew = false;
+        rc = m_writer.FindOrAddRoot(roots[i], ValidUtf8(BaseName(roots[i])), rootRows[i], isNew);
+        m_counts.foldersAdded += isNew ? 1 : 0;
     }
     if (rc == MDB_OK) {
         rc = EnsureUploadFolder();
@@ -153,6 +153,9 @@ uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
         rc = ScanFolder(roots[i], rootRows[i].id, rootRows[i].flags, bits);
     }
     ClearProgress();
+    if (rc == MDB_OK) {
+        rc = m_writer.Release();
+    }
     if (rc != MDB_OK) {
         m_writer.Rollback();
         if (m_error.empty()) {
@@ -160,12 +163,9 @@ uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
         }
         return rc;
     }
-    rc = m_writer.Commit();
-    if (rc == MDB_OK) {
-        rc = m_writer.Analyze();
-    }
+    rc = m_writer.Analyze();
     if (rc != MDB_OK) {
-        m_error = "the catalogue could not be committed or analysed";
+        m_error = "the catalogue could not be analysed";
     }
     return rc;
 }
@@ -183,7 +183,7 @@ uint32_t MediaScanner::EnsureUploadFolder() {
     if (rc != MDB_OK) {
         return rc;
     }
-    const std::string uploadPath = std::string(rootPath) + "/upload";
+    const std::string uploadPath = std::string(rootPath) + "/" + kUploadFolderName;
     struct stat st;
     if (stat(uploadPath.c_str(), &st) != 0) {
         if (access(rootPath, W_OK) != 0 || mkdir(uploadPath.c_str(), 0755) != 0) {
@@ -199,11 +199,13 @@ uint32_t MediaScanner::EnsureUploadFolder() {
     if (access(uploadPath.c_str(), W_OK) != 0) {
         fprintf(m_options.messages, "note: %s is not writable, so uploads are unavailable\n", uploadPath.c_str());
     }
-    long long uploadId = -1;
-    rc = QRV_MDB_DbGetItemIdByName(m_db, firstRoot, "upload", &uploadId);
-    if (rc == MDB_OK && uploadId <= 0) {
-        rc = m_writer.AddFolder(firstRoot, "upload", "upload", uploadId);
+    std::map<std::string, CatalogueRow> rows;
+    rc = m_writer.Children(firstRoot, rows);
+    if (rc == MDB_OK && rows.count(kUploadFolderName) == 0) {
         ++m_counts.foldersAdded;
+    }
+    if (rc == MDB_OK) {
+        rc = m_writer.AddFolder(firstRoot, kUploadFolderName, MDB_CLASS_FOLDER, m_uploadFolderId);
     }
     if (rc == MDB_OK) {
         m_uploadFolder = uploadPath;
@@ -211,14 +213,20 @@ uint32_t MediaScanner::EnsureUploadFolder() {
     return rc;
 }
 
-/* One folder: its entries against its rows, then the rows no entry claimed are deleted, then
- * the folder's bits are set to the classes found below it (returned in bits for the parent). */
+/* One folder: its rows are read, the catalogue is released, the directory is listed and each
+ * entry compared with its row. Files that changed are read in chunks of one batch, each chunk
+ * written in one transaction; a sub-folder's row is written before the walk goes down into it.
+ * At the end the rows that no entry claimed are deleted and the folder's flags are set to the
+ * classes found below it (returned in bits for the parent). */
 uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, uint32_t folderFlags, uint32_t &bits) {
     bits = 0;
     ++m_counts.folders;
     ShowProgress(path, false);
     std::map<std::string, CatalogueRow> rows;
     uint32_t rc = m_writer.Children(folderId, rows);
+    if (rc == MDB_OK) {
+        rc = m_writer.Release();
+    }
     if (rc != MDB_OK) {
         return rc;
     }
@@ -230,6 +238,7 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
         bits = folderFlags & kFolderBits;
         return MDB_OK;
     }
+    std::vector<FileJob> jobs;
     for (size_t i = 0; rc == MDB_OK && i < names.size(); ++i) {
         const std::string &name = names[i];
         const std::string full = path + "/" + name;
@@ -239,34 +248,36 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
             continue;
         }
         auto found = rows.find(name);
-        CatalogueRow *existing = found != rows.end() ? &found->second : nullptr;
+        const CatalogueRow existing = found != rows.end() ? found->second : CatalogueRow();
+        const bool existingFolder = existing.id > 0 && (existing.flags & MDB_FLAGS_CLASS_MASK) == MDB_CLASS_FOLDER;
         if (S_ISDIR(st.st_mode)) {
+            // The files read so far get their rows before the walk goes down.
+            rc = WriteFiles(jobs, rows, bits);
             const Ancestor self{static_cast<unsigned long long>(st.st_dev), static_cast<unsigned long long>(st.st_ino)};
             bool loop = std::any_of(m_ancestors.begin(), m_ancestors.end(), [&](const Ancestor &a) {
                 return a.device == self.device && a.inode == self.inode;
             });
-            if (loop || m_ancestors.size() >= kMaxDepth) {
-                Skip(full, loop ? "folder links back to a folder above it" : "folder nested too deep");
+            if (rc != MDB_OK || loop || m_ancestors.size() >= kMaxDepth) {
+                if (rc == MDB_OK) {
+                    Skip(full, loop ? "folder links back to a folder above it" : "folder nested too deep");
+                }
                 continue;
             }
-            long long childId = 0;
-            uint32_t childFlags = MDB_CLASS_FOLDER;
-            if (existing != nullptr && (existing->flags & MDB_FLAGS_CLASS_MASK) == MDB_CLASS_FOLDER) {
-                childId = existing->id;
-                childFlags = existing->flags;
-                rows.erase(found);
-            } else {
-                if (existing != nullptr) {
+            long long childId = existing.id;
+            uint32_t childFlags = existing.flags;
+            if (!existingFolder) {
+                if (existing.id > 0) {
                     RemovedRows removed;
-                    rc = m_writer.DeleteTree(*existing, removed);
+                    rc = m_writer.DeleteTree(existing, removed);
                     m_counts.removed += removed.items;
-                    rows.erase(found);
                 }
+                childFlags = kScannedFolderFlags;
                 if (rc == MDB_OK) {
-                    rc = m_writer.AddFolder(folderId, name, name, childId);
+                    rc = m_writer.AddFolder(folderId, name, childFlags, childId);
                     ++m_counts.foldersAdded;
                 }
             }
+            rows.erase(name);
             uint32_t childBits = 0;
             if (rc == MDB_OK) {
                 m_ancestors.push_back(self);
@@ -275,28 +286,33 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
             }
             bits |= childBits;
         } else if (S_ISREG(st.st_mode) && KindOfFileName(name) != MediaKind::kNone) {
-            if (existing != nullptr && (existing->flags & MDB_FLAGS_CLASS_MASK) == MDB_CLASS_FOLDER) {
-                RemovedRows removed;
-                rc = m_writer.DeleteTree(*existing, removed);
-                m_counts.foldersRemoved += removed.folders;
-                m_counts.removed += removed.items;
+            ++m_counts.files;
+            ShowProgress(full, false);
+            const uint32_t itemClass = ItemClassOfKind(KindOfFileName(name));
+            if (existing.id > 0 && (existing.flags & MDB_FLAGS_CLASS_MASK) == itemClass &&
+                existing.size == static_cast<long long>(st.st_size) &&
+                existing.lastModify == FormatModificationTime(static_cast<long long>(st.st_mtime))) {
+                ++m_counts.unchanged;
+                bits |= 1u << itemClass;
                 rows.erase(found);
-                existing = nullptr;
+                continue;
             }
-            bool claimed = false;
-            if (rc == MDB_OK) {
-                uint32_t fileBits = 0;
-                rc = ScanFile(full, name, folderId, static_cast<long long>(st.st_size),
-                              static_cast<long long>(st.st_mtime), existing, fileBits);
-                claimed = fileBits != 0;
-                bits |= fileBits;
+            FileJob job;
+            job.name = name;
+            job.existing = existing;
+            if (ReadFile(full, folderId, static_cast<long long>(st.st_size), static_cast<long long>(st.st_mtime),
+                         job)) {
+                jobs.push_back(std::move(job));
             }
-            if (claimed && existing != nullptr) {
-                rows.erase(found);
+            if (jobs.size() >= m_options.batchSize) {
+                rc = WriteFiles(jobs, rows, bits);
             }
         } else {
             ++m_counts.ignored;
         }
+    }
+    if (rc == MDB_OK) {
+        rc = WriteFiles(jobs, rows, bits);
     }
     // Rows that no entry claimed: vanished, no longer media, or now unreadable.
     for (auto it = rows.begin(); rc == MDB_OK && it != rows.end(); ++it) {
@@ -306,53 +322,69 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
         m_counts.foldersRemoved += removed.folders;
     }
     if (rc == MDB_OK) {
-        rc = m_writer.SetFolderBits(folderId, folderFlags, bits);
+        const uint32_t base = folderId == m_uploadFolderId ? MDB_CLASS_FOLDER : kScannedFolderFlags;
+        rc = m_writer.SetFolderFlags(folderId, folderFlags, base | (bits & kFolderBits));
     }
     return rc;
 }
 
-/* One media file. bits receives the class bit when the file has (or keeps) its row, 0 when it
- * was skipped; the caller then deletes a row of the same name. */
-uint32_t MediaScanner::ScanFile(const std::string &path, const std::string &name, long long folderId, long long size,
-                                long long mtime, const CatalogueRow *existing, uint32_t &bits) {
-    bits = 0;
-    ++m_counts.files;
-    ShowProgress(path, false);
-    const MediaKind kind = KindOfFileName(name);
-    const uint32_t itemClass = ItemClassOfKind(kind);
-    const std::string lastModify = FormatModificationTime(mtime);
-    if (existing != nullptr && (existing->flags & MDB_FLAGS_CLASS_MASK) == itemClass && existing->size == size &&
-        existing->lastModify == lastModify) {
-        ++m_counts.unchanged;
-        bits = 1u << itemClass;
-        return MDB_OK;
+/* Read one media file into job, with the catalogue released first: the reading is the slow part
+ * of a scan. false, with the file reported as skipped, when it cannot be read; the caller then
+ * deletes a row of the same name as one that no entry claimed. */
+bool MediaScanner::ReadFile(const std::string &path, long long folderId, long long size, long long mtime,
+                            FileJob &job) {
+    if (m_writer.Release() != MDB_OK) {
+        return false;
     }
-    MediaInfo info;
+    const MediaKind kind = KindOfFileName(job.name);
+    job.itemClass = ItemClassOfKind(kind);
     std::string error;
-    uint32_t flags = 0;
-    if (!ReadInfo(kind, path, info, error)) {
+    if (!ReadInfo(kind, path, job.info, error)) {
         Skip(path, error);
-        return MDB_OK;
+        return false;
     }
-    ChooseDlnaProfile(kind, info);
-    if (!ResolveItemFlags(kind, info, flags, error)) {
+    ChooseDlnaProfile(kind, job.info);
+    if (!ResolveItemFlags(kind, job.info, job.flags, error)) {
         Skip(path, error);
-        return MDB_OK;
+        return false;
     }
-    ItemPlace place;
-    place.parentId = folderId;
-    place.fileName = name;
-    place.title = info.title.empty() ? WithoutExtension(name) : info.title;
-    place.size = size;
-    place.date = info.date.empty() ? LocalDate(mtime) : info.date;
-    place.lastModify = lastModify;
-    const bool rewrite = existing != nullptr && (existing->flags & MDB_FLAGS_CLASS_MASK) > MDB_CLASS_FOLDER;
-    long long id = 0;
-    uint32_t rc = m_writer.WriteItem(place, flags, info, rewrite ? existing->id : 0, id);
-    if (rc == MDB_OK) {
-        ++(rewrite ? m_counts.updated : m_counts.added);
-        bits = 1u << itemClass;
+    for (std::string *text : {&job.info.title, &job.info.artist, &job.info.album, &job.info.genre,
+                              &job.info.creator, &job.info.date}) {
+        *text = ValidUtf8(*text);
     }
+    job.place.parentId = folderId;
+    job.place.fileName = job.name;
+    job.place.title = job.info.title.empty() ? ValidUtf8(WithoutExtension(job.name)) : job.info.title;
+    job.place.size = size;
+    job.place.date = job.info.date.empty() ? LocalDate(mtime) : job.info.date;
+    job.place.lastModify = FormatModificationTime(mtime);
+    return true;
+}
+
+/* Write the rows of the files read (a folder row of the same name goes first) and claim them. */
+uint32_t MediaScanner::WriteFiles(std::vector<FileJob> &jobs, std::map<std::string, CatalogueRow> &rows,
+                                  uint32_t &bits) {
+    uint32_t rc = MDB_OK;
+    for (size_t i = 0; rc == MDB_OK && i < jobs.size(); ++i) {
+        FileJob &job = jobs[i];
+        if (job.existing.id > 0 && (job.existing.flags & MDB_FLAGS_CLASS_MASK) == MDB_CLASS_FOLDER) {
+            RemovedRows removed;
+            rc = m_writer.DeleteTree(job.existing, removed);
+            m_counts.foldersRemoved += removed.folders;
+            m_counts.removed += removed.items;
+        }
+        long long id = 0;
+        bool updated = false;
+        if (rc == MDB_OK) {
+            rc = m_writer.WriteItem(job.place, job.flags, job.info, id, updated);
+        }
+        if (rc == MDB_OK) {
+            ++(updated ? m_counts.updated : m_counts.added);
+            bits |= 1u << job.itemClass;
+            rows.erase(job.name);
+        }
+    }
+    jobs.clear();
     return rc;
 }
 

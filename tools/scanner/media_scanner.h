@@ -2,9 +2,14 @@
 //
 // Each directory becomes a root folder row (parentID 0, fileName its absolute path); its folders
 // become folder rows and its audio, video and picture files item rows with their tags, stream
-// properties and DLNA profile. A rescan is incremental: files whose size and modification time
-// are unchanged are not read again, vanished files and folders are deleted, and folder bits are
+// properties and DLNA profile. Root and folder rows are restricted (DestroyObject refuses them),
+// except the upload folder. A rescan is incremental: files whose size and modification time are
+// unchanged are not read again, vanished files and folders are deleted, and folder bits are
 // recomputed. Unreadable or corrupt files are reported and skipped.
+//
+// Directories are listed and files read while no transaction is open; what was read is then
+// written in short transactions (see CatalogueWriter), so that other writers and readers of the
+// catalogue wait at most one batch.
 #pragma once
 
 #include "catalogue_writer.h"
@@ -22,6 +27,7 @@ struct ScanOptions {
     bool progress = false;      // keep a progress line on `messages` (for a terminal)
     uint32_t batchSize = 1000;  // changes per transaction
     FILE *messages = stderr;    // skipped files, unreadable folders, the upload folder note
+    CatalogueLock *lock = nullptr;  // held around every transaction and read (NULL: none)
 };
 
 struct ScanCounts {
@@ -63,12 +69,21 @@ private:
         unsigned long long device;
         unsigned long long inode;
     };
+    // A media file whose row is to be written, with what was read from it.
+    struct FileJob {
+        std::string name;
+        CatalogueRow existing;  // the row of that name as the folder's read found it (id 0: none)
+        uint32_t itemClass = 0;
+        uint32_t flags = 0;
+        ItemPlace place;
+        MediaInfo info;
+    };
 
     uint32_t ScanRoot(const std::string &path);
     uint32_t EnsureUploadFolder();
     uint32_t ScanFolder(const std::string &path, long long folderId, uint32_t folderFlags, uint32_t &bits);
-    uint32_t ScanFile(const std::string &path, const std::string &name, long long folderId, long long size,
-                      long long mtime, const CatalogueRow *existing, uint32_t &bits);
+    bool ReadFile(const std::string &path, long long folderId, long long size, long long mtime, FileJob &job);
+    uint32_t WriteFiles(std::vector<FileJob> &jobs, std::map<std::string, CatalogueRow> &rows, uint32_t &bits);
     void Skip(const std::string &path, const std::string &reason);
     void ShowProgress(const std::string &where, bool force);
     void ClearProgress();
@@ -81,6 +96,7 @@ private:
     std::vector<Ancestor> m_ancestors;
     std::string m_error;
     std::string m_uploadFolder;
+    long long m_uploadFolderId = -1;
     long long m_lastProgressMs = 0;
     bool m_progressShown = false;
 };
