@@ -4,6 +4,7 @@
 #include <mdb_platform.h>
 
 #include "cds/item_writer.h"
+#include "common/paged_select.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -45,7 +46,8 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseAll(const MdbStaticContainer *pstNode,
 
 /* Browse flag non-zero: all rows of ulClass, counted whole into *pulTotal, one page in the
  * action's sort order. Flag 0: row llRowId, with a total of 1 whether or not it exists.
- * A failed row statement gives MDB_ERR_DB. */
+ * A statement that would not fit its 512 bytes (a sort text too long) is refused with MDB_ERR_PARA
+ * before anything runs; a failed row statement gives MDB_ERR_DB. */
 extern "C" MDB_API uint32_t QRV_MDB_DbBrowseByType(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId,
                                                    uint32_t ulClass, uint32_t ulBrowseFlag, MdbRowCallback pfnCallback,
                                                    void *pvArg, uint32_t *pulTotal) {
@@ -55,18 +57,15 @@ extern "C" MDB_API uint32_t QRV_MDB_DbBrowseByType(sqlite3 *pstDb, MdbActionCtx 
     char acSql[512] = {0};
     if (ulBrowseFlag != 0) {
         const int lClass = static_cast<int>(ulClass);
-        if (pulTotal != nullptr) {
-            std::snprintf(acSql, sizeof acSql, "select count(distinct id) from ITEM where ((flags & %d) = %d)",
-                          kClassMask, lClass);
-            MdbExecSql(pstDb, acSql, MdbGetCountCallback, pulTotal, nullptr);
+        std::snprintf(acSql, sizeof acSql, "select * from DLNA where ((flags & %d) = %d)", kClassMask, lClass);
+        if (!MdbAppendPage(acSql, sizeof acSql, *pstAction, MdbSortSlot::kWhenSorted)) {
+            return MDB_ERR_PARA;
         }
-        if (pstAction->pcSortStr != nullptr) {
-            std::snprintf(acSql, sizeof acSql, "select * from DLNA where ((flags & %d) = %d) %s LIMIT %u OFFSET %u",
-                          kClassMask, lClass, pstAction->pcSortStr, pstAction->ulRequestedCount,
-                          pstAction->ulStartingIndex);
-        } else {
-            std::snprintf(acSql, sizeof acSql, "select * from DLNA where ((flags & %d) = %d) LIMIT %u OFFSET %u",
-                          kClassMask, lClass, pstAction->ulRequestedCount, pstAction->ulStartingIndex);
+        if (pulTotal != nullptr) {
+            char acCount[128];
+            std::snprintf(acCount, sizeof acCount, "select count(distinct id) from ITEM where ((flags & %d) = %d)",
+                          kClassMask, lClass);
+            MdbExecSql(pstDb, acCount, MdbGetCountCallback, pulTotal, nullptr);
         }
     } else {
         std::snprintf(acSql, sizeof acSql, "select * from DLNA where id=%lld LIMIT %u OFFSET %u", llRowId,

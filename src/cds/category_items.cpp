@@ -2,6 +2,7 @@
 // the form "value,row" names: a count over ITEM and a page of DLNA view rows in the action's
 // sort order, written by the caller's row callback.
 #include "cds/category_browse.h"
+#include "common/paged_select.h"
 
 #include <mdb_platform.h>
 
@@ -11,13 +12,9 @@ namespace {
 
 constexpr int kClassMask = static_cast<int>(MDB_FLAGS_CLASS_MASK);
 
-const char *SortText(const MdbActionCtx *pstAction) {
-    return pstAction->pcSortStr != nullptr ? pstAction->pcSortStr : "";
-}
-
 /* The count and row statements of one kind of category listing. Both formats take the category
- * (or row) id, the class mask and the class; the row format then takes the sort text, the page
- * size and the page start. */
+ * (or row) id, the class mask and the class; the row statement is followed by the page, whose
+ * sort text always has its place (an empty text without a sort). */
 struct CategoryStatements {
     const char *pcCount;
     const char *pcRows;
@@ -25,20 +22,20 @@ struct CategoryStatements {
 
 constexpr CategoryStatements kGenreItems = {
     "select count(distinct ITEM.id) from ITEM where ITEM.exID_GENRE=%d and (flags & %d)=%d",
-    "select * from DLNA where DLNA.genre_id=%d and (DLNA.flags & %d)=%d %s LIMIT %u OFFSET %u"};
+    "select * from DLNA where DLNA.genre_id=%d and (DLNA.flags & %d)=%d"};
 constexpr CategoryStatements kArtistItems = {
     "select count(distinct ITEM.id) from ITEM where ITEM.exID_ARTIST=%d and (flags & %d)=%d",
-    "select * from DLNA where DLNA.artist_id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u"};
+    "select * from DLNA where DLNA.artist_id=%d and (flags & %d)=%d"};
 constexpr CategoryStatements kAlbumItems = {
     "select count(distinct ITEM.id) from ITEM where ITEM.exID_ALBUM=%d and (flags & %d)=%d",
-    "select * from DLNA where DLNA.album_id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u"};
+    "select * from DLNA where DLNA.album_id=%d and (flags & %d)=%d"};
 constexpr CategoryStatements kOneItem = {
     "select count(id) from ITEM where id=%d and (flags & %d)=%d",
-    "select * from DLNA where id=%d and (flags & %d)=%d %s LIMIT %u OFFSET %u"};
+    "select * from DLNA where id=%d and (flags & %d)=%d"};
 
 /* Runs the count statement into *pulTotal (when given; its result is not tested), then the row
- * statement with the callback. MDB_ERR_PARA without connection or action, MDB_ERR_DB when the row
- * statement fails, else MDB_OK. */
+ * statement with the callback. MDB_ERR_PARA without connection or action, or when the row
+ * statement would not fit (nothing runs then); MDB_ERR_DB when it fails, else MDB_OK. */
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 uint32_t RunCategoryStatements(const CategoryStatements &stStatements, sqlite3 *pstDb, MdbActionCtx *pstAction,
@@ -48,14 +45,16 @@ uint32_t RunCategoryStatements(const CategoryStatements &stStatements, sqlite3 *
         return MDB_ERR_PARA;
     }
     const int lClass = static_cast<int>(ulClass);
+    char acRows[512] = {0};
+    std::snprintf(acRows, sizeof acRows, stStatements.pcRows, static_cast<int>(lId), kClassMask, lClass);
+    if (!MdbAppendPage(acRows, sizeof acRows, *pstAction, MdbSortSlot::kAlways)) {
+        return MDB_ERR_PARA;
+    }
     if (pulTotal != nullptr) {
         char acCount[512] = {0};
         std::snprintf(acCount, sizeof acCount, stStatements.pcCount, static_cast<int>(lId), kClassMask, lClass);
         MdbExecSql(pstDb, acCount, MdbGetCountCallback, pulTotal, nullptr);
     }
-    char acRows[512] = {0};
-    std::snprintf(acRows, sizeof acRows, stStatements.pcRows, static_cast<int>(lId), kClassMask, lClass,
-                  SortText(pstAction), pstAction->ulRequestedCount, pstAction->ulStartingIndex);
     return MdbExecSql(pstDb, acRows, pfnCallback, pvArg, nullptr) != 0 ? MDB_ERR_DB : MDB_OK;
 }
 #pragma GCC diagnostic pop

@@ -6,6 +6,7 @@
 #include <mdb_platform.h>
 
 #include "cds/item_writer.h"
+#include "common/paged_select.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -78,7 +79,9 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseFolder(const MdbStaticContainer *pstNo
  * its items of ulClass, counted whole into *pulTotal and fetched one page at a time in the sort
  * order of the action. Metadata (flag 0): the row itself; with a total place its existence is
  * tested first, and a missing row sets UPnP error 701 "No such object." and MDB_ERR_NOT_FOUND.
- * A failed row statement is reported on standard output and gives MDB_ERR_DB. The error text is
+ * A children statement that would not fit its 512 bytes (a sort text too long) is refused with
+ * MDB_ERR_PARA before anything runs. A failed row statement is reported on standard output and
+ * gives MDB_ERR_DB. The error text is
  * copied only when the server provided a buffer for it (the code and the line are set anyway). */
 extern "C" MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId,
                                                    uint32_t ulClass, uint32_t ulBrowseFlag, MdbRowCallback pfnCallback,
@@ -91,25 +94,20 @@ extern "C" MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx 
         // The folder bit of the class; classes of 32 and more have none, so no folder qualifies.
         const int lFolderBit = ulClass < 32 ? static_cast<int>(1u << ulClass) : 0;
         const int lClass = static_cast<int>(ulClass);
+        std::snprintf(acSql, sizeof acSql,
+                      "select * from DLNA where parentID=%lld and (((flags & %d) =%d and (flags & %d) >1) or "
+                      "(flags & %d) =%d)",
+                      llRowId, kClassMask, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, kClassMask, lClass);
+        if (!MdbAppendPage(acSql, sizeof acSql, *pstAction, MdbSortSlot::kWhenSorted)) {
+            return MDB_ERR_PARA;
+        }
         if (pulTotal != nullptr) {
-            std::snprintf(acSql, sizeof acSql,
+            char acCount[256];
+            std::snprintf(acCount, sizeof acCount,
                           "select count(distinct id) from ITEM where parentID=%lld and (((flags & %d) =%d and "
                           "(flags & %d) >1) or (flags & %d) =%d)",
                           llRowId, kClassMask, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, kClassMask, lClass);
-            MdbExecSql(pstDb, acSql, MdbGetCountCallback, pulTotal, nullptr);
-        }
-        if (pstAction->pcSortStr != nullptr) {
-            std::snprintf(acSql, sizeof acSql,
-                          "select * from DLNA where parentID=%lld and (((flags & %d) =%d and (flags & %d) >1) or "
-                          "(flags & %d) =%d) %s LIMIT %u OFFSET %u",
-                          llRowId, kClassMask, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, kClassMask, lClass,
-                          pstAction->pcSortStr, pstAction->ulRequestedCount, pstAction->ulStartingIndex);
-        } else {
-            std::snprintf(acSql, sizeof acSql,
-                          "select * from DLNA where parentID=%lld and (((flags & %d) =%d and (flags & %d) >1) or "
-                          "(flags & %d) =%d) LIMIT %u OFFSET %u",
-                          llRowId, kClassMask, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, kClassMask, lClass,
-                          pstAction->ulRequestedCount, pstAction->ulStartingIndex);
+            MdbExecSql(pstDb, acCount, MdbGetCountCallback, pulTotal, nullptr);
         }
     } else {
         if (pulTotal != nullptr) {

@@ -1,6 +1,7 @@
 // The Search request: checks the criteria, translates them with the search container into a WHERE
 // clause, and runs the count and the paged select on the DLNA view, whose rows the item writer or,
 // for genre, artist and album results, the category writer turn into DIDL-Lite objects.
+#include "common/paged_select.h"
 #include "search/sql_join.h"
 
 #include <mdb.h>
@@ -34,17 +35,10 @@ const char *CategoryColumns(uint32_t ulResultClass) {
 /* Format the paged select into acSql; false when it would not fit (it is never cut). */
 bool FormatSelect(char (&acSql)[kStatementSize], const char *pcColumns, bool bDistinct, const char *pcWhere,
                   const MdbActionCtx &stAction) {
-    int lLen;
-    if (stAction.pcSortStr != nullptr) {
-        lLen = std::snprintf(acSql, sizeof(acSql), "select %s%s from DLNA where %s %s LIMIT %u OFFSET %u",
-                             bDistinct ? "distinct " : "", pcColumns, pcWhere, stAction.pcSortStr,
-                             stAction.ulRequestedCount, stAction.ulStartingIndex);
-    } else {
-        lLen = std::snprintf(acSql, sizeof(acSql), "select %s%s from DLNA where %s LIMIT %u OFFSET %u",
-                             bDistinct ? "distinct " : "", pcColumns, pcWhere, stAction.ulRequestedCount,
-                             stAction.ulStartingIndex);
-    }
-    return lLen >= 0 && lLen < static_cast<int>(sizeof(acSql));
+    const int lLen = std::snprintf(acSql, sizeof(acSql), "select %s%s from DLNA where %s", bDistinct ? "distinct " : "",
+                                   pcColumns, pcWhere);
+    return lLen >= 0 && lLen < static_cast<int>(sizeof(acSql)) &&
+           MdbAppendPage(acSql, sizeof(acSql), stAction, MdbSortSlot::kWhenSorted);
 }
 
 }  // namespace

@@ -119,4 +119,62 @@ TEST(HandlerEdges, SearchCategoryRowsBecomeContainersOfTheSearchedContainer) {
         << "a container id that does not resolve stops the statement";
 }
 
+// A sort text that a list statement cannot hold is refused, never cut into a wrong page; one of
+// MDB_BROWSE_SORT_MAX characters fits every list, even with the largest numbers, and each page
+// starts where it should.
+TEST(HandlerEdges, SortTextsThatDoNotFitAreRefusedNotCut) {
+    browsetest::Library lib;
+    std::string keys;  // every sortable property, as a client that lists them all sends it
+    for (uint32_t i = 0; i < g_ulNumOfDlnaCols; ++i) {
+        if ((g_astDlnaCols[i].usFlags & MDB_COL_CONTAINER_ONLY) == 0) {
+            keys += (keys.empty() ? "-" : ",-") + std::string(g_astDlnaCols[i].pcPropName);
+        }
+    }
+    char *pcAllKeys = QRV_MDB_BuildSortStr(keys.c_str());
+    ASSERT_NE(pcAllKeys, nullptr);
+    const std::string allKeys = pcAllKeys;
+    free(pcAllKeys);
+    ASSERT_GT(allKeys.size(), MDB_BROWSE_SORT_MAX);
+    const std::string longest = "ORDER BY" + std::string(MDB_BROWSE_SORT_MAX - 13, ' ') + "title";
+    ASSERT_EQ(longest.size(), MDB_BROWSE_SORT_MAX);
+    const struct {
+        std::string list;
+        bool allKeysFit;
+    } lists[] = {{"0.1.264|" + lib.id("Music"), false},
+                 {"0.1.256", true},
+                 {"0.1.257|" + lib.value("GENRES", "Jazz"), true},
+                 {"0.1.258|" + lib.value("ARTISTS", "Dave Brubeck"), true}};
+    auto titles = [](mdbtest::Action &action) {
+        std::vector<std::string> out;
+        for (IXML_Element *object : action.objects()) {
+            out.push_back(mdbtest::childText(object, "dc:title"));
+        }
+        return out;
+    };
+    for (const auto &l : lists) {
+        SCOPED_TRACE(l.list);
+        mdbtest::Action all(true, 100, 0), page(true, 1, 1), allKeysFirst(true, 100, 0), allKeysPage(true, 100, 1);
+        all.adoptSort(strdup("ORDER BY title"));
+        page.adoptSort(strdup(longest.c_str()));
+        allKeysFirst.adoptSort(strdup(allKeys.c_str()));
+        allKeysPage.adoptSort(strdup(allKeys.c_str()));
+        ASSERT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, all.ctx())), "MDB_OK");
+        ASSERT_GE(titles(all).size(), 2u);
+        ASSERT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, page.ctx())), "MDB_OK");
+        EXPECT_EQ(titles(page), std::vector<std::string>{titles(all)[1]});
+        // Every key descending: refused where the statement cannot hold it, else the right page.
+        const std::string expected = l.allKeysFit ? "MDB_OK" : "MDB_ERR_PARA";
+        EXPECT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, allKeysFirst.ctx())), expected);
+        EXPECT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, allKeysPage.ctx())), expected);
+        std::vector<std::string> rest = titles(allKeysFirst);
+        rest.erase(rest.begin(), rest.begin() + (rest.empty() ? 0 : 1));
+        EXPECT_EQ(titles(allKeysPage), rest);
+        EXPECT_EQ(titles(allKeysFirst).size(), l.allKeysFit ? titles(all).size() : 0u);
+    }
+    // The largest numbers a folder statement can carry, with the longest sort text.
+    mdbtest::Action extreme(true, UINT32_MAX, UINT32_MAX);
+    extreme.adoptSort(strdup(longest.c_str()));
+    EXPECT_EQ(Status(QRV_MDB_BrowseFolder(&g_stRootContainer, "-9223372036854775808", 1, extreme.ctx(), 31)), "MDB_OK");
+}
+
 }  // namespace
