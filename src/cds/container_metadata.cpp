@@ -1,8 +1,9 @@
 // DIDL-Lite "container" elements for static containers and for the containers that stand for
-// database values (root folders, genres, artists, albums), plus the two small XML writers the rest
-// of the library shares: one element with optional text, and the upnp:searchClass elements.
+// database values (root folders, genres, artists, albums), and their upnp:searchClass elements.
 #include <mdb.h>
 #include <mdb_platform.h>
+
+#include "common/xml_text.h"
 
 #include <cstdio>
 #include <cstring>
@@ -10,8 +11,6 @@
 namespace {
 
 constexpr size_t kIdBufferSize = 256;
-
-IXML_Node *AsNode(IXML_Element *pstElement) { return reinterpret_cast<IXML_Node *>(pstElement); }
 
 /* The filter byte of the property named exactly pcPropName; false when the table has no such
  * property. */
@@ -34,38 +33,6 @@ uint32_t AppendOneSearchClass(MdbActionCtx *pstAction, IXML_Element *pstContaine
 }
 
 }  // namespace
-
-/* Create element pcName in pstDoc, with a text node when pcText is not NULL (an empty text counts),
- * and append it as the last child of pstParent. *ppstNew (when given) is set to NULL first and to
- * the new element on success. MDB_ERR_PARA for a NULL document, parent or name; MDB_ERR_MEM when a
- * node can't be made. */
-extern "C" MDB_API uint32_t QRV_MDB_XmlAppendChildElement(IXML_Document *pstDoc, IXML_Element *pstParent,
-                                                          const char *pcName, const char *pcText,
-                                                          IXML_Element **ppstNew) {
-    if (ppstNew != nullptr) {
-        *ppstNew = nullptr;
-    }
-    if (pstDoc == nullptr || pstParent == nullptr || pcName == nullptr) {
-        return MDB_ERR_PARA;
-    }
-    IXML_Element *pstElement = ixmlDocument_createElement(pstDoc, pcName);
-    if (pstElement == nullptr) {
-        return MDB_ERR_MEM;
-    }
-    if (pcText != nullptr) {
-        IXML_Node *pstText = ixmlDocument_createTextNode(pstDoc, pcText);
-        if (pstText == nullptr) {
-            ixmlElement_free(pstElement);
-            return MDB_ERR_MEM;
-        }
-        ixmlNode_appendChild(AsNode(pstElement), pstText);
-    }
-    ixmlNode_appendChild(AsNode(pstParent), AsNode(pstElement));
-    if (ppstNew != nullptr) {
-        *ppstNew = pstElement;
-    }
-    return MDB_OK;
-}
 
 /* Write the upnp:searchClass elements of a search class value: one class for 1..L, nothing for 0
  * and for L+1..127, and for 128 and above every class k (ascending) that the adaptation library
@@ -113,15 +80,15 @@ extern "C" MDB_API uint32_t QRV_MDB_BuildMetadataForStaticContainer(const MdbSta
 
     (void)QRV_MDB_StaticContainerGetObjId(pstNode, acValue, sizeof acValue);
     if (pcSuffix != nullptr) {
-        ixmlElement_setAttribute(pstContainer, "parentID", acValue);
+        MdbXmlSetAttribute(pstContainer, "parentID", acValue);
         if (std::strlen(acValue) + std::strlen(pcSuffix) <= kIdBufferSize - 1) {
             std::strcat(acValue, pcSuffix);
-            ixmlElement_setAttribute(pstContainer, "id", acValue);
+            MdbXmlSetAttribute(pstContainer, "id", acValue);
         }
     } else {
-        ixmlElement_setAttribute(pstContainer, "id", acValue);
+        MdbXmlSetAttribute(pstContainer, "id", acValue);
         (void)QRV_MDB_StaticContainerGetObjId(pstNode->pstParent, acValue, sizeof acValue);
-        ixmlElement_setAttribute(pstContainer, "parentID", acValue);
+        MdbXmlSetAttribute(pstContainer, "parentID", acValue);
     }
 
     snprintf(acValue, sizeof acValue, "%d", 1);

@@ -2,6 +2,7 @@
 // protocolInfo of its profile and media family, and the importUri of an object still waiting for
 // its upload.
 #include "cds/item_writer.h"
+#include "common/xml_text.h"
 
 #include <mdb_platform.h>
 #include <upnp.h>
@@ -120,6 +121,6 @@ void MdbAppendResElement(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t ulF
 
     if ((ulFlags & MDB_FLAGS_RESTRICTED) == 0 && bUploading) {
         std::snprintf(acText, sizeof acText, "%s/web/upload/%s%s", pcBase, pcRowId, pcExtension);
-        ixmlElement_setAttribute(pstRes, "importUri", acText);
+        MdbXmlSetAttribute(pstRes, "importUri", acText);
     }
 }

@@ -3,6 +3,7 @@
 // filter asks for and, for items, the "res" element. Consecutive rows with the same id make one
 // object.
 #include "cds/item_writer.h"
+#include "common/xml_text.h"
 
 #include <mdb_platform.h>
 
@@ -76,7 +77,7 @@ uint32_t MdbBuildColumn(MdbItemBuildCtx *pstCtx, int lColNum, char **ppcValues, 
         if (pstOwner == nullptr || pcValue == nullptr || col.pcColName == nullptr) {
             return MDB_ERR_PARA;
         }
-        return ixmlElement_setAttribute(pstOwner, col.pcColName, pcValue) == IXML_SUCCESS ? MDB_OK : MDB_ERR_MEM;
+        return MdbXmlSetAttribute(pstOwner, col.pcColName, pcValue);
     }
     if (pstItem == nullptr) {
         return MDB_ERR_PARA;

@@ -2,6 +2,7 @@
 // category value), with the base as its parentID. Rows listed without a base (Search below the
 // root) take the base of the all-items or folder container of their class.
 #include "cds/item_writer.h"
+#include "common/xml_text.h"
 
 #include <mdb_platform.h>
 
@@ -64,9 +65,9 @@ void MdbSetObjectIds(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t ulFlags
     const char *pcIdName = g_astDlnaCols[MDB_COL_IDX_ID].pcColName;
     const char *pcParentName = g_astDlnaCols[MDB_COL_IDX_PARENT].pcColName;
     if (pcIdName != nullptr) {
-        ixmlElement_setAttribute(pstCtx->pstItem, pcIdName, acId);
+        MdbXmlSetAttribute(pstCtx->pstItem, pcIdName, acId);
     }
     if (pcParentName != nullptr) {
-        ixmlElement_setAttribute(pstCtx->pstItem, pcParentName, acParentId);
+        MdbXmlSetAttribute(pstCtx->pstItem, pcParentName, acParentId);
     }
 }

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 namespace {
 
 using mdbtest::attr;
@@ -188,6 +190,51 @@ TEST_F(ItemWriter, ConsecutiveRowsOfOneIdMakeOneObjectAndShortRowsNone) {
     EXPECT_TRUE(write(partial, "select id, parentID, flags, title from DLNA").empty());
     EXPECT_EQ(partial->ulNumberReturned, 0u);
     EXPECT_EQ(MdbBuildItemCallback(nullptr, 0, nullptr, nullptr), 0);
+}
+
+}  // namespace
+
+namespace {
+
+// Whatever the catalogue holds, every answer is well-formed XML in UTF-8 (read back with libxml2):
+// control characters and bytes that are not UTF-8 in titles, names and file names come out as
+// U+FFFD.
+TEST(XmlText, AnswersAreWellFormedWhateverTheCatalogueHolds) {
+    mdbtest::Catalogue cat;
+    const long long root = cat.addFolder(0, "/m\x01" "edia", 0x800);
+    const long long dir = cat.addFolder(root, "bad\x01" "dir", 0x800);
+    const long long genre = cat.lookup("GENRES", "Ro\x02" "ck"), artist = cat.lookup("ARTISTS", "Bj\xf6rk");
+    for (const char *title : {"T\x01" "itle", "Caf\xe9", "\xed\xa0\x80 surrogate", "ok \xef\xbf\xbe end"}) {
+        mdbtest::ItemValues v;
+        v.parentId = dir;
+        v.flags = 11;  // MP3
+        v.title = title;
+        v.fileName = std::string(title) + ".m\x01p3";
+        v.genre = genre;
+        v.artist = artist;
+        cat.addItem(v);
+    }
+    ASSERT_EQ(QRV_MDB_DbGetRoots(cat.db()), MDB_OK);
+    const std::string folder = "0.1.264|" + std::to_string(dir), replaced = "\xef\xbf\xbd";
+    const std::set<std::string> expected = {"T" + replaced + "itle", "Caf" + replaced,
+                                            replaced + replaced + replaced + " surrogate", "ok " + replaced + " end"};
+    for (const std::string &id : {std::string("0.1.264"), "0.1.264|" + std::to_string(root), folder,
+                                  std::string("0.1.256"), std::string("0.1.257"), std::string("0.1.258"),
+                                  std::string("search")}) {
+        SCOPED_TRACE(id);
+        mdbtest::Action action(true, 100, 0);
+        action.setObjectId("0");
+        const uint32_t status = id == "search" ? QRV_MDB_Search("0", "*", action.ctx())
+                                               : QRV_MDB_Browse(id.c_str(), 1, action.ctx());
+        ASSERT_EQ(status, MDB_OK);
+        std::string error;
+        const std::vector<std::string> titles = browsetest::Titles(action.xml(), &error);
+        EXPECT_EQ(error, "") << action.xml();
+        EXPECT_FALSE(titles.empty());
+        if (id == folder) {
+            EXPECT_EQ(std::set<std::string>(titles.begin(), titles.end()), expected);
+        }
+    }
 }
 
 }  // namespace
