@@ -12,7 +12,6 @@ BENCH_BUILD ?= build-bench
 JOBS       ?= 2
 FUZZ_BUILD ?= build-fuzz
 FUZZ_TIME  ?= 60
-SCHEMA      = $(CURDIR)/$(BUILD)/share/mdb/create_db.sql
 
 .PHONY: deps configure build test test-sanitize demo fuzz bench clean
 
@@ -20,7 +19,7 @@ deps:
 	@scripts/install-deps.sh
 
 configure: deps
-	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMDB_SCHEMA_SCRIPT=$(SCHEMA) >/dev/null
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
@@ -29,8 +28,7 @@ test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 test-sanitize: deps
-	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DMDB_SANITIZE=ON \
-	      -DMDB_SCHEMA_SCRIPT=$(CURDIR)/$(ASAN_BUILD)/share/mdb/create_db.sql >/dev/null
+	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DMDB_SANITIZE=ON >/dev/null
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS) -E install_consumer

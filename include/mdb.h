@@ -38,18 +38,31 @@ extern "C" {
 
 /* ---------------------------------------------------------------------------------------------
  * Status codes */
-#define MDB_OK            0x000000u /* success */
-#define MDB_ERR_PARA      0xf00000u /* a required argument is NULL or invalid, or the request is refused */
-#define MDB_ERR_MEM       0xf00001u /* an allocation, XML node or SQL text could not be made, or an id did not fit */
-#define MDB_ERR_FAIL      0xf00003u /* another failure: a file, or one search expression */
-#define MDB_ERR_NOT_FOUND 0xf00004u /* an object id does not resolve, or the object does not exist */
-#define MDB_ERR_DB        0xf00005u /* an SQL statement failed */
-
+#define MDB_OK            0x000000u
+#define MDB_ERR_PARA      0xf00000u
+#define MDB_ERR_MEM       0xf00001u
+#define MDB_ERR_FAIL      0xf00003u
+#define MDB_ERR_NOT_FOUND 0xf00004u
+#define MDB_ERR_DB        0xf00005u
 /* The UPnP ContentDirectory error that DestroyObject answers for a restricted object. */
 #define MDB_UPNP_ERR_RESTRICTED_OBJECT 711u
 
+/* Every status word with what it means: X(name, sentence). QRV_MDB_StatusName and
+ * QRV_MDB_StatusText read this list; a program can expand it for its own messages. */
+#define MDB_STATUS_MAP(X)                                                                              \
+    X(MDB_OK, "success")                                                                               \
+    X(MDB_ERR_PARA, "an argument is missing or invalid, or the request is one the library refuses")    \
+    X(MDB_ERR_MEM, "memory ran out, or a text did not fit its buffer")                                 \
+    X(MDB_ERR_FAIL, "a file could not be opened or written, or a search expression could not be "     \
+                    "translated")                                                                      \
+    X(MDB_ERR_NOT_FOUND, "the object id does not resolve, or the object does not exist")               \
+    X(MDB_ERR_DB, "an SQL statement failed, or the file is not a catalogue")                            \
+    X(MDB_UPNP_ERR_RESTRICTED_OBJECT, "the object is restricted and cannot be destroyed (UPnP error 711)")
+
 /* The name of a status word ("MDB_ERR_NOT_FOUND"), or "MDB_UNKNOWN_STATUS" for other values. */
 MDB_API const char *QRV_MDB_StatusName(uint32_t ulStatus);
+/* What a status word means, as a sentence without a full stop; a sentence for unknown values too. */
+MDB_API const char *QRV_MDB_StatusText(uint32_t ulStatus);
 
 /* ---------------------------------------------------------------------------------------------
  * Records shared with the adaptation library and the server */
@@ -361,6 +374,11 @@ MDB_API int MdbBuildSearchCategoryCallback(void *pvArg, int lColNum, char **ppcV
 MDB_API unsigned char *QRV_MDB_ParseFilterString(const char *pcFilter);
 /* The "ORDER BY col[ desc],..." text for a UPnP SortCriteria text, malloc'ed for the caller to
  * free; NULL for a NULL text, a failed allocation, or when no key names a sortable property. */
+/* A sort text of at most this many characters fits every Browse statement, whatever the other
+ * arguments; a Browse whose statement would not fit its 512 bytes is refused with MDB_ERR_PARA
+ * (never cut), so a server refuses a longer text itself (UPnP error 709) before it calls Browse.
+ * Search statements hold the criteria's WHERE text too, and may refuse a shorter sort text. */
+#define MDB_BROWSE_SORT_MAX 300u
 MDB_API char *QRV_MDB_BuildSortStr(const char *pcSortCriteria);
 
 /* ---------------------------------------------------------------------------------------------
@@ -370,9 +388,13 @@ MDB_API char *QRV_MDB_BuildSortStr(const char *pcSortCriteria);
 MDB_API extern int32_t g_mdbTimeout;
 
 /* Open the catalogue at pcPath, creating it if needed: a new file gets the schema script
- * (/etc/create_db.sql) run as one batch; an existing file, even an empty one, is used unchanged.
+ * (QRV_MDB_SchemaScriptPath) run as one batch; an existing file, even an empty one, is used unchanged.
  * *plExisted (may be NULL) becomes 1 when the file existed, else 0. NULL on any failure. */
 MDB_API sqlite3 *QRV_MDB_DbInit(const char *pcPath, int *plExisted);
+/* The schema script a new catalogue is made with: the path fixed at build time (/etc/create_db.sql
+ * on a device) unless a program has pointed it at another file (NULL: back to that path). */
+MDB_API const char *QRV_MDB_SchemaScriptPath(void);
+MDB_API void QRV_MDB_SetSchemaScriptPath(const char *pcPath);
 /* Open an existing catalogue read-only; NULL (and "<path> read fail" on stdout) on failure. */
 MDB_API sqlite3 *QRV_MDB_DbInitReadOnly(const char *pcPath);
 /* Open read-write, creating an empty file without schema if needed; NULL (and "<path> open fail"

@@ -8,6 +8,8 @@ set -euo pipefail
 
 build=${1:?usage: tools/demo.sh BUILD_DIR}
 mdb=$build/tools/mdb
+# New catalogues are made with the build tree's schema script, not the installed one.
+export MDB_SCHEMA_SCRIPT=$build/share/mdb/create_db.sql
 work=$build/demo
 db=$work/catalogue.db
 media=$work/media

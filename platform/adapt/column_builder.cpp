@@ -7,7 +7,8 @@
 //  - searchable, upnp:storageUsed, upnp:writeStatus, upnp:searchClass, @childCount: folder rows
 //    (containers) get the same answers as the static containers, and their number of children
 //    in the browsed media class;
-//  - @dlna:dlnaManaged: an item that is not restricted can be destroyed ("00000004");
+//  - @dlna:dlnaManaged: an item the view calls unrestricted (an upload) can be destroyed
+//    ("00000004");
 //  - res@protocolInfo, res@importUri, res: the library has written them with the res element;
 //  - the optional item elements (dc:date, dc:creator, upnp:artist, upnp:genre, upnp:album,
 //    upnp:originalTrackNumber, upnp:actor, upnp:author, upnp:director, upnp:producer,
@@ -52,27 +53,14 @@ uint32_t SetAttribute(IXML_Element *pstElement, const char *pcName, const char *
     return ixmlElement_setAttribute(pstElement, pcName, pcValue) == IXML_SUCCESS ? MDB_OK : MDB_ERR_MEM;
 }
 
-/* Append element pcName with text pcText under pstParent; *ppstNew receives it when given. */
+/* Append element pcName with text pcText under pstParent, with the library's element writer (which
+ * makes the text safe for XML); *ppstNew receives it when given. */
 uint32_t AppendElement(MdbActionCtx *pstAction, IXML_Element *pstParent, const char *pcName, const char *pcText,
                        IXML_Element **ppstNew = nullptr) {
-    if (pstAction == nullptr || pstAction->pstDoc == nullptr || pstParent == nullptr) {
+    if (pstAction == nullptr) {
         return MDB_ERR_PARA;
     }
-    IXML_Element *pstElement = ixmlDocument_createElement(pstAction->pstDoc, pcName);
-    if (pstElement == nullptr) {
-        return MDB_ERR_MEM;
-    }
-    IXML_Node *pstText = ixmlDocument_createTextNode(pstAction->pstDoc, pcText);
-    if (pstText == nullptr) {
-        ixmlElement_free(pstElement);
-        return MDB_ERR_MEM;
-    }
-    ixmlNode_appendChild(&pstElement->n, pstText);
-    ixmlNode_appendChild(&pstParent->n, &pstElement->n);
-    if (ppstNew != nullptr) {
-        *ppstNew = pstElement;
-    }
-    return MDB_OK;
+    return QRV_MDB_XmlAppendChildElement(pstAction->pstDoc, pstParent, pcName, pcText, ppstNew);
 }
 
 /* res@duration: microseconds to "H:MM:SS.mmm" (milliseconds cut, not rounded). */
@@ -184,9 +172,13 @@ uint32_t WriteChildCount(const MdbStaticContainer *pstContainer, IXML_Element *p
     return SetAttribute(pstItem, "childCount", acText);
 }
 
-/* @dlna:dlnaManaged: DestroyObject removes any object that is not restricted. */
+/* @dlna:dlnaManaged: the "destroyable" bit on the items a client may destroy, which are exactly
+ * those the DLNA view calls unrestricted. The @restricted attribute (an always-written property
+ * before this one in the table) has been set from the view's column when this runs. */
 uint32_t WriteDlnaManaged(IXML_Element *pstItem, uint32_t ulFlags) {
-    if ((ulFlags & MDB_FLAGS_CLASS_MASK) <= 10 || (ulFlags & mdbplatform::kRestrictedBit) != 0) {
+    static_assert(kColRestricted < kColDlnaManaged, "@restricted must be written before @dlna:dlnaManaged");
+    const char *pcRestricted = ixmlElement_getAttribute(pstItem, g_astDlnaCols[kColRestricted].pcColName);
+    if ((ulFlags & MDB_FLAGS_CLASS_MASK) <= 10 || pcRestricted == nullptr || std::strcmp(pcRestricted, "0") != 0) {
         return MDB_OK;
     }
     return SetAttribute(pstItem, "dlna:dlnaManaged", "00000004");

@@ -58,6 +58,8 @@ CREATE INDEX PUBLISHERS_name ON PUBLISHERS(name);
 --  - folder children: parentID, then title, so a page of "ORDER BY title" is read in index order;
 --    flags completes it, so that the children count and the rows a deep OFFSET skips are judged
 --    by their class in the index, without a read of the table row;
+--  - a folder's child by file name (the scanner looks every row up so before it writes it, and
+--    CreateObject looks up the upload folder and an earlier upload of the same name);
 --  - all items of a class: the class, then title, then flags for the same reason (search criteria
 --    on the class and the title are answered from this index alone);
 --  - items of a genre, artist or album: the category, the class, then title;
@@ -66,6 +68,7 @@ CREATE INDEX PUBLISHERS_name ON PUBLISHERS(name);
 --    never touches the table, also on SQLite versions that do not take an indexed expression as
 --    covering its column.
 CREATE INDEX ITEM_parent_title      ON ITEM(parentID, title, flags);
+CREATE INDEX ITEM_parent_name       ON ITEM(parentID, fileName);
 CREATE INDEX ITEM_class_title       ON ITEM((flags & 127), title, flags);
 CREATE INDEX ITEM_class_artist      ON ITEM((flags & 127), exID_ARTIST, flags);
 CREATE INDEX ITEM_class_album       ON ITEM((flags & 127), exID_ALBUM, flags);
@@ -73,11 +76,19 @@ CREATE INDEX ITEM_genre_class_title ON ITEM(exID_GENRE, (flags & 127), title);
 CREATE INDEX ITEM_artist_class_title ON ITEM(exID_ARTIST, (flags & 127), title);
 CREATE INDEX ITEM_album_class_title ON ITEM(exID_ALBUM, (flags & 127), title);
 
+-- The upload folder: the folder named "upload" below the first root (the root with the smallest
+-- id), where CreateObject puts what clients upload.
+CREATE VIEW UPLOAD_FOLDER AS SELECT id FROM ITEM
+  WHERE fileName = 'upload' AND parentID = (SELECT min(id) FROM ITEM WHERE parentID = 0);
+
 -- Audio parameters of an item.
 CREATE VIEW AV_INFO AS SELECT id, sampleFrequency, nrAudioChannels FROM ITEM;
 
 -- The names of lookup entries come through scalar sub-selects, which a deep OFFSET skips without
--- evaluating, rather than through joins.
+-- evaluating, rather than through joins. restricted is 0 only for what a client may change: the
+-- upload folder and the objects CreateObject made in it (and never for a row with the restricted
+-- bit); every scanned file, folder and root is 1. The uncorrelated sub-selects run once per
+-- statement.
 CREATE VIEW DLNA AS SELECT
   ITEM.id                  AS id,                  -- 0
   ITEM.parentID            AS parentID,            -- 1
@@ -99,7 +110,8 @@ CREATE VIEW DLNA AS SELECT
   (SELECT name FROM ARTISTS WHERE exID = ITEM.exID_ARTIST)       AS artist,    -- 17
   ITEM.exID_ALBUM          AS album_id,            -- 18
   (SELECT name FROM ALBUMS WHERE exID = ITEM.exID_ALBUM)         AS album,     -- 19
-  CAST((ITEM.flags & 128) != 0 AS INTEGER) AS restricted, -- 20: 1 for restricted objects
+  CAST((ITEM.flags & 128) != 0 OR NOT (ITEM.id IN (SELECT id FROM UPLOAD_FOLDER) OR
+        ITEM.parentID IN (SELECT id FROM UPLOAD_FOLDER)) AS INTEGER) AS restricted, -- 20: see above
   ITEM.fileName            AS fileName,            -- 21
   (SELECT name FROM CREATORS WHERE exID = ITEM.exID_CREATOR)     AS creator,   -- 22
   (SELECT name FROM ACTORS WHERE exID = ITEM.exID_ACTOR)         AS actor,     -- 23

@@ -2,6 +2,8 @@
 // The library checks nothing of the script's text; QRV_MDB_DbInit runs it as one batch.
 #include "store/schema_script.h"
 
+#include <mdb.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -33,12 +35,12 @@ struct FileCloser {
 }  // namespace
 
 /* The current script path: the one set last, or MDB_SCHEMA_SCRIPT_PATH. */
-const char *MdbSchemaScriptPath(void) {
+extern "C" MDB_API const char *QRV_MDB_SchemaScriptPath(void) {
     return g_bOverridden ? OverriddenPath().c_str() : MDB_SCHEMA_SCRIPT_PATH;
 }
 
 /* Keep a copy of pcPath as the script path; NULL goes back to the default. */
-void MdbSetSchemaScriptPath(const char *pcPath) {
+extern "C" MDB_API void QRV_MDB_SetSchemaScriptPath(const char *pcPath) {
     if (pcPath == nullptr) {
         g_bOverridden = false;
         OverriddenPath().clear();
@@ -51,7 +53,7 @@ void MdbSetSchemaScriptPath(const char *pcPath) {
 /* Read the script file in one piece: size it by seeking to its end, allocate size + 1 bytes, read,
  * terminate. There is no size limit. NULL when any step fails. */
 char *MdbReadSchemaScript(void) {
-    FileCloser stFile{std::fopen(MdbSchemaScriptPath(), "rb")};
+    FileCloser stFile{std::fopen(QRV_MDB_SchemaScriptPath(), "rb")};
     if (stFile.pstFile == nullptr) {
         return nullptr;
     }

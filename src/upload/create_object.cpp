@@ -9,6 +9,9 @@
 #include <mdb.h>
 #include <mdb_platform.h>
 
+#include "common/xml_text.h"
+#include "store/write_transaction.h"
+
 #include <upnp.h>
 
 #include <unistd.h>
@@ -80,7 +83,7 @@ void ReplaceEarlierObject(sqlite3 *pstDb, long long llFolderId, const char *pcFi
     if (QRV_MDB_FindUploadNote(llOldId) == 0) {
         sleep(1);
     }
-    MdbExecSql(pstDb, "BEGIN", nullptr, nullptr, nullptr);
+    MdbExecSql(pstDb, kMdbBeginWrite, nullptr, nullptr, nullptr);
     QRV_MDB_DbDelItem(pstDb, llOldId);
     MdbExecSql(pstDb, "COMMIT", nullptr, nullptr, nullptr);
     QRV_MDB_DelUploadNote(llOldId);
@@ -128,7 +131,7 @@ void FormatUrlBase(uint32_t ulAddrFamily, char *pcBase, size_t ulSize) {
 /* Set an attribute named by a property table entry, when the table has that entry. */
 void SetColumnAttribute(IXML_Element *pstElement, uint32_t ulCol, const char *pcValue) {
     if (ulCol < g_ulNumOfDlnaCols && pcValue != nullptr) {
-        ixmlElement_setAttribute(pstElement, g_astDlnaCols[ulCol].pcColName, pcValue);
+        MdbXmlSetAttribute(pstElement, g_astDlnaCols[ulCol].pcColName, pcValue);
     }
 }
 
@@ -159,13 +162,13 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
         return;
     }
     if (pstObj->pcProtocolInfo != nullptr) {
-        ixmlElement_setAttribute(pstRes, "protocolInfo", pstObj->pcProtocolInfo);
+        MdbXmlSetAttribute(pstRes, "protocolInfo", pstObj->pcProtocolInfo);
     }
     if (pstObj->pcSize != nullptr) {
-        ixmlElement_setAttribute(pstRes, "size", pstObj->pcSize);
+        MdbXmlSetAttribute(pstRes, "size", pstObj->pcSize);
     }
     if (pstObj->pcIfoFileUri != nullptr) {
-        ixmlElement_setAttribute(pstRes, "dlna:ifoFileURI", pstObj->pcIfoFileUri);
+        MdbXmlSetAttribute(pstRes, "dlna:ifoFileURI", pstObj->pcIfoFileUri);
     }
     char acBase[256];
     FormatUrlBase(pstObj->ulAddrFamily, acBase, sizeof acBase);
@@ -177,7 +180,7 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
 #endif
     snprintf(acImportUri, sizeof acImportUri, "%s/web/upload/%lld.%s", acBase, llNewId, pstObj->pcSuffix);
 #pragma GCC diagnostic pop
-    ixmlElement_setAttribute(pstRes, "importUri", acImportUri);
+    MdbXmlSetAttribute(pstRes, "importUri", acImportUri);
 }
 
 /* The object id "<prefix>|<id>" as a heap text (NULL when it cannot be copied). */
@@ -211,7 +214,7 @@ uint32_t QRV_MDB_CreateObject(MdbNewObject *pstObj) {
     char acDate[64];
     FormatDate(pstObj->pcDate, acDate, sizeof acDate);
 
-    MdbExecSql(pstDb, "BEGIN", nullptr, nullptr, nullptr);
+    MdbExecSql(pstDb, kMdbBeginWrite, nullptr, nullptr, nullptr);
     long long llNewId = 0;
     uint32_t ulStatus = AddRow(pstDb, llFolderId, pstObj->ulFlags, pstObj->pcTitle, acFileName, acDate, &llNewId);
     if (ulStatus != MDB_OK || llNewId <= 0) {

@@ -5,6 +5,8 @@
 #include <mdb.h>
 #include <mdb_platform.h>
 
+#include "store/write_transaction.h"
+
 #include <unistd.h>
 
 #include <cstdio>
@@ -28,7 +30,7 @@ void RemoveFile(long long llId) {
 
 /* Delete the row in a transaction, once more after two seconds when the first attempt fails. */
 void DeleteRow(sqlite3 *pstDb, long long llId) {
-    MdbExecSql(pstDb, "BEGIN", nullptr, nullptr, nullptr);
+    MdbExecSql(pstDb, kMdbBeginWrite, nullptr, nullptr, nullptr);
     if (QRV_MDB_DbDelItem(pstDb, llId) == MDB_ERR_DB) {
         sleep(2);
         QRV_MDB_DbDelItem(pstDb, llId);

@@ -38,6 +38,10 @@ protected:
         ixmlNode_appendChild(&item->n, &res->n);
     }
     uint32_t Build(uint32_t index, const char *value, uint32_t flags, View view = nullptr) {
+        if (index == kColDlnaManaged && value != nullptr) {
+            // Written from the @restricted attribute, which the library has set from the view.
+            ixmlElement_setAttribute(item, "restricted", value);
+        }
         return QRV_MDB_AdaptColItemBuilder(view, action.ctx(), item, res, flags, index, value);
     }
     // What was written for property `index`, looked for where the property table says it goes.
@@ -62,9 +66,9 @@ TEST_F(ColumnBuilder, WritesStoredValuesInTheirDidlForm) {
         // height<<32 + width as WIDTHxHEIGHT; without either: nothing
         {kColResolution, hd.c_str(), kVideoItem, "1920x1080"}, {kColResolution, "1920", kVideoItem, "<none>"},
         {kColResolution, noWidth.c_str(), kVideoItem, "<none>"},
-        // items that are not restricted can be destroyed; restricted items and folders cannot
-        {kColDlnaManaged, "42", kMusicItem | (3u << 16), "00000004"},
-        {kColDlnaManaged, "42", kVideoItem | 0x80u, "<none>"}, {kColDlnaManaged, "42", kMusicFolder, "<none>"},
+        // items the view calls unrestricted ("stored": their @restricted) can be destroyed; others cannot
+        {kColDlnaManaged, "0", kMusicItem | (3u << 16), "00000004"}, {kColDlnaManaged, "1", kMusicItem, "<none>"},
+        {kColDlnaManaged, nullptr, kVideoItem, "<none>"}, {kColDlnaManaged, "0", kMusicFolder, "<none>"},
         // folder rows answer as the static containers do
         {kColSearchable, "9", kMusicFolder, "1"}, {kColStorageUsed, "9", kMusicFolder, "-1"},
         {kColWriteStatus, "9", kMusicFolder, "NOT_WRITABLE"},

@@ -5,7 +5,6 @@
 
 #include "catalogue.h"
 
-#include "store/schema_script.h"
 
 #include <atomic>
 #include <chrono>
@@ -115,11 +114,11 @@ TEST(DatabaseOpen, SchemaScriptRunsOnlyOnANewFile) {
         }
         const std::string script = !c.script ? dir.file("none.sql")
                                    : *c.script ? dir.write(name + ".sql", c.script) : MDB_TEST_SCHEMA_SCRIPT;
-        MdbSetSchemaScriptPath(script.c_str());
+        QRV_MDB_SetSchemaScriptPath(script.c_str());
         g_mdbTimeout = 7;
         int existed = -1;
         sqlite3 *db = QRV_MDB_DbInit(path.c_str(), &existed);
-        MdbSetSchemaScriptPath(nullptr);
+        QRV_MDB_SetSchemaScriptPath(nullptr);
         if (db != nullptr) {
             EXPECT_EQ(g_mdbTimeout, 80) << c.what << ": every open sets the budget";
         }

@@ -5,14 +5,13 @@
 
 #include <mdb_platform.h>
 
-#include "store/schema_script.h"
 
 #include <gtest/gtest.h>
 
 namespace mdbtest {
 
 Catalogue::Catalogue() {
-    MdbSetSchemaScriptPath(MDB_TEST_SCHEMA_SCRIPT);
+    QRV_MDB_SetSchemaScriptPath(MDB_TEST_SCHEMA_SCRIPT);
     int existed = -1;
     m_db = QRV_MDB_DbInit(dbPath().c_str(), &existed);
     if (m_db == nullptr) {
@@ -28,7 +27,7 @@ Catalogue::~Catalogue() {
         g_pstMdbCtx = nullptr;
     }
     sqlite3_close(m_db);
-    MdbSetSchemaScriptPath(nullptr);
+    QRV_MDB_SetSchemaScriptPath(nullptr);
 }
 
 long long Catalogue::addItem(const ItemValues &v) {

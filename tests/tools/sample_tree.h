@@ -51,6 +51,8 @@ inline const std::vector<std::string> kSampleForeignFiles = {"Music/notes.txt", 
 struct ExpectedFolder {
     const char *rel;
     uint32_t bits;
+    // The row's flags word: a restricted folder, except the upload folder where clients create.
+    uint32_t flags() const { return (std::string(rel) == "upload" ? 2u : 2u | MDB_FLAGS_RESTRICTED) | bits; }
 };
 inline const std::vector<ExpectedFolder> kSampleFolders = {
     {"", MDB_FLAGS_FOLDER_MUSIC | MDB_FLAGS_FOLDER_VIDEO | MDB_FLAGS_FOLDER_PICTURE},

@@ -107,7 +107,7 @@ TEST_F(Scanner, FirstScanMakesFolderRowsAndLeavesOutWhatIsNotGoodMedia) {
         const std::string::size_type slash = rel.find_last_of('/');
         const std::string name = Absolute(rel).substr(Absolute(rel).find_last_of('/') + 1);
         MdbItemDetail row = Row(rel);
-        EXPECT_EQ(row.ulFlags, MDB_CLASS_FOLDER | f.bits);
+        EXPECT_EQ(row.ulFlags, f.flags());
         EXPECT_EQ(row.llParentId, rel.empty() ? 0 : IdOf(slash == std::string::npos ? "" : rel.substr(0, slash)));
         EXPECT_EQ(row.acFileName, rel.empty() ? media : name) << "a root's fileName is its absolute path";
         EXPECT_EQ(row.acTitle, name);
@@ -125,6 +125,18 @@ TEST_F(Scanner, FirstScanMakesFolderRowsAndLeavesOutWhatIsNotGoodMedia) {
     EXPECT_EQ(counts.skipped, kSampleCorruptFiles.size());
     EXPECT_EQ(counts.ignored, kSampleForeignFiles.size());
     EXPECT_EQ(ItemCount(), static_cast<long long>(kSampleItems.size() + kSampleFolders.size()));
+}
+
+// File and folder names in Latin-1 (as old disks hold them) give UTF-8 titles; the rows keep the
+// names as they are, so that the files are still found.
+TEST_F(Scanner, TitlesAreValidUtf8WhateverTheNamesOnDisk) {
+    const std::string folder = "Caf\xe9", file = "na\xefve \xff.wav";
+    fs::create_directory(Absolute(folder));
+    fs::copy_file(Absolute("Music/Beta/memo.wav"), Absolute(folder + "/" + file));
+    ASSERT_EQ(Scan(), MDB_OK) << messages;
+    EXPECT_STREQ(Row(folder).acTitle, "Caf\xc3\xa9");
+    EXPECT_STREQ(Row(folder + "/" + file).acTitle, "na\xc3\xafve \xc3\xbf");
+    EXPECT_EQ(Row(folder + "/" + file).acFileName, file);
 }
 
 TEST_F(Scanner, RefusesAMissingDirectoryOrAFileBeforeAnyChange) {
@@ -197,7 +209,7 @@ TEST_F(Scanner, RescanLeavesUnchangedFilesAndFollowsThoseThatComeChangeAndGo) {
         {"Pictures/icon.png", MDB_FLAGS_FOLDER_MUSIC},
     };
     for (const ExpectedFolder &f : folders) {
-        EXPECT_EQ(Row(f.rel).ulFlags, MDB_CLASS_FOLDER | f.bits) << "folder \"" << f.rel << "\"";
+        EXPECT_EQ(Row(f.rel).ulFlags, f.flags()) << "folder \"" << f.rel << "\"";
     }
 }
 

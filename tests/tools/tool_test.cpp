@@ -63,10 +63,15 @@ protected:
 TEST_F(Tool, ErrorsNameTheirStatusAndEndNonZero) {
     const std::string fresh = dir.file("fresh.db");
     const std::string text = dir.write("notes.db", "this is not a database of any kind, just text\n");
+    std::string bytes = readFile(db);
+    ASSERT_GT(bytes.size(), 12288u);
+    bytes.replace(8192, 64, std::string(64, '\x55'));  // a b-tree page's header
+    const std::string damaged = dir.write("damaged.db", bytes);
     const struct {
         Strings args;
         int exitCode;  // 2: a wrong command line, 1: a request that failed
         const char *status;
+        const char *says = "";  // a part of the message
     } cases[] = {
         {{"frobnicate"}, 2, "MDB_ERR_PARA"},
         {{"init"}, 2, "MDB_ERR_PARA"},
@@ -86,7 +91,9 @@ TEST_F(Tool, ErrorsNameTheirStatusAndEndNonZero) {
         {{"browse", fresh, "0"}, 1, "MDB_ERR_NOT_FOUND"},
         {{"init", db}, 1, "MDB_ERR_PARA"},
         {{"init", dir.file("no-such-folder/c.db")}, 1, "MDB_ERR_DB"},
-        {{"browse", text, "0"}, 1, "MDB_ERR_DB"},
+        {{"browse", text, "0"}, 1, "MDB_ERR_DB", "is not an SQLite database"},
+        {{"scan", text, media}, 1, "MDB_ERR_DB", "is not an SQLite database"},
+        {{"scan", damaged, media}, 1, "MDB_ERR_DB", "is damaged (PRAGMA quick_check: "},
         {{"browse", db, "0.9.9"}, 1, "MDB_ERR_NOT_FOUND"},
         {{"search", db, "0", "dc:title contains"}, 1, "MDB_ERR_PARA"},
         {{"scan", db, media + "/nowhere"}, 1, "MDB_ERR_PARA"},
@@ -99,6 +106,7 @@ TEST_F(Tool, ErrorsNameTheirStatusAndEndNonZero) {
         ToolRun run = RunTool(c.args);
         EXPECT_EQ(run.exitCode, c.exitCode) << shown << "\n" << run.err;
         EXPECT_NE(run.err.find(c.status), npos) << shown << "\n" << run.err;
+        EXPECT_NE(run.err.find(c.says), npos) << shown << "\n" << run.err;
     }
     EXPECT_FALSE(fileExists(fresh)) << "only init creates a catalogue";
 }
@@ -180,7 +188,7 @@ TEST_F(Tool, SearchFindsByTitleAndByClass) {
     EXPECT_EQ(Ask({"search", "0", "upnp:class derivedfrom \"object.item.videoItem\""}).totalMatches, 2);
 }
 
-TEST_F(Tool, CreateInfoAndDestroyWithTheGuardOutsideTheUploadFolder) {
+TEST_F(Tool, CreateInfoAndDestroyOnlyWhatWasUploaded) {
     const std::string elements =
         "<DIDL-Lite><item id=\"\" parentID=\"0.1.264\" restricted=\"0\"><dc:title>memo</dc:title>"
         "<upnp:class>object.item.audioItem.musicTrack</upnp:class>"
@@ -201,29 +209,37 @@ TEST_F(Tool, CreateInfoAndDestroyWithTheGuardOutsideTheUploadFolder) {
     ToolAnswer item = Ask({"browse", "0.1.264|" + id, "--metadata"});
     ASSERT_EQ(item.objects.size(), 1u);
     EXPECT_EQ(item.objects[0].res, "/web/mdb/" + id + ".mp3") << "the upload is complete: a plain resource";
+    EXPECT_EQ(item.objects[0].restricted, "0") << "a client's upload is the client's to destroy";
+
+    // Scanned objects, an item, a folder and a root, are restricted: refused with 711, and nothing
+    // of them goes, neither a file nor a row.
+    ToolAnswer all = Ask({"browse", "0.1.256"});
+    ToolAnswer roots = Ask({"browse", "0.1.264"});
+    ASSERT_FALSE(roots.objects.empty());
+    ToolAnswer folders = Ask({"browse", roots.objects[0].id});
+    auto track = std::find_if(all.objects.begin(), all.objects.end(),
+                              [](const DidlObject &o) { return o.title == "First Song"; });
+    auto folder = std::find_if(folders.objects.begin(), folders.objects.end(),
+                               [](const DidlObject &o) { return o.title == "Music"; });
+    ASSERT_TRUE(track != all.objects.end() && folder != folders.objects.end());
+    const std::string rowsBefore = RunTool({"search", db, "0", "*", "--format", "table", "--count", "0"}).out;
+    for (const DidlObject &o : {*track, *folder, roots.objects[0]}) {
+        SCOPED_TRACE(o.title);
+        ToolAnswer shown = Ask({"browse", o.id, "--metadata"});
+        ASSERT_EQ(shown.objects.size(), 1u);
+        EXPECT_EQ(shown.objects[0].restricted, "1");
+        ToolRun refused = RunTool({"destroy", db, o.id});
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_NE(refused.err.find("MDB_UPNP_ERR_RESTRICTED_OBJECT"), npos) << refused.err;
+        EXPECT_EQ(RunTool({"destroy", db, o.id, "--force"}).exitCode, 2) << "no option lifts the guard";
+    }
+    EXPECT_TRUE(fileExists(media + "/Music/Alpha/One.mp3"));
+    EXPECT_EQ(RunTool({"search", db, "0", "*", "--format", "table", "--count", "0"}).out, rowsBefore);
+
     ToolRun destroyed = RunTool({"destroy", db, id});
     EXPECT_EQ(destroyed.exitCode, 0) << destroyed.err;
     EXPECT_FALSE(fileExists(uploaded));
     EXPECT_NE(RunTool({"info", db, id}).err.find("MDB_ERR_NOT_FOUND"), npos) << "the row went with the file";
-
-    // A scanned track goes, file and all, only with --force; a folder never.
-    ToolAnswer all = Ask({"browse", "0.1.256"});
-    auto track = std::find_if(all.objects.begin(), all.objects.end(),
-                              [](const DidlObject &o) { return o.title == "First Song"; });
-    ASSERT_NE(track, all.objects.end());
-    const std::string path = media + "/Music/Alpha/One.mp3";
-    ToolRun refused = RunTool({"destroy", db, track->id});
-    EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_NE(refused.err.find("MDB_ERR_PARA"), npos) << refused.err;
-    EXPECT_NE(refused.err.find("--force"), npos) << refused.err;
-    EXPECT_TRUE(fileExists(path));
-    ToolAnswer roots = Ask({"browse", "0.1.264"});
-    ASSERT_FALSE(roots.objects.empty());
-    EXPECT_EQ(RunTool({"destroy", db, roots.objects[0].id, "--force"}).exitCode, 1) << "a folder";
-    ToolRun forced = RunTool({"destroy", db, track->id, "--force"});
-    EXPECT_EQ(forced.exitCode, 0) << forced.err;
-    EXPECT_FALSE(fileExists(path));
-    EXPECT_EQ(Ask({"browse", "0.1.256"}).totalMatches, all.totalMatches - 1);
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 // mdb destroy: a UPnP ContentDirectory DestroyObject through QRV_MDB_DestroyObject, which removes
-// the object's file from disk, so the tool guards everything outside the upload folder.
+// the object's file from disk. The library removes any row that is not restricted, and scanned
+// items cannot carry the restricted bit, so the tool destroys only what a client made: objects
+// directly below the upload folder. Everything else is refused as restricted (711), with no
+// option to lift it: a user's media is never deleted by a catalogue request.
 #include "commands.h"
 #include "command_line.h"
 #include "object_id_argument.h"
 #include "tool_context.h"
 
 #include <mdb_platform.h>
+#include <upload_folder.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,21 +21,10 @@ namespace {
 
 const char kName[] = "destroy";
 
-// The id of the "upload" folder below the first root folder, or -1 when there is none.
-long long UploadFolderId(sqlite3 *db) {
-    long long firstRoot = -1;
-    if (QRV_MDB_DbGetItemIdByName(db, 0, nullptr, &firstRoot) != MDB_OK || firstRoot <= 0) {
-        return -1;
-    }
-    long long upload = -1;
-    QRV_MDB_DbGetItemIdByName(db, firstRoot, "upload", &upload);
-    return upload;
-}
-
 int RunDestroy(int argc, char **argv) {
     CommandLine line;
     std::string error;
-    if (!line.Parse(argc, argv, 1, {{"force", false}}, error)) {
+    if (!line.Parse(argc, argv, 1, {}, error)) {
         return UsageError(kName, error);
     }
     if (line.Positionals().size() != 2) {
@@ -46,35 +39,25 @@ int RunDestroy(int argc, char **argv) {
         return kExitFailed;
     }
     uint32_t flags = 0;
-    long long parentId = 0;
-    uint32_t status = QRV_MDB_GetItemInfo(catalogue.db(), id, &parentId, nullptr, 0, &flags);
+    uint32_t status = QRV_MDB_GetItemInfo(catalogue.db(), id, nullptr, nullptr, 0, &flags);
     if (status != MDB_OK) {
-        return Fail(kName, status, "object " + std::to_string(id) + " could not be read: " + StatusMeaning(status));
+        return Fail(kName, status, "object " + std::to_string(id) + " could not be read: " + QRV_MDB_StatusText(status));
     }
     if (flags == 0) {
         return Fail(kName, MDB_ERR_NOT_FOUND, "the catalogue has no object " + std::to_string(id));
     }
-    if ((flags & MDB_FLAGS_CLASS_MASK) <= 10) {
-        return Fail(kName, MDB_ERR_PARA,
-                    "object " + std::to_string(id) + " is a folder; destroy removes single items (a rescan removes "
-                    "folders whose directory is gone)");
+    if (!mdbscan::IsUploadedObject(catalogue.db(), id)) {
+        return Fail(kName, MDB_UPNP_ERR_RESTRICTED_OBJECT,
+                    "object " + std::to_string(id) + " is restricted: only objects made by CreateObject (in the "
+                    "upload folder) can be destroyed; nothing was removed");
     }
     char *path = nullptr;
     QRV_MDB_GetFileInfoById(id, &path, nullptr, nullptr, nullptr, nullptr);
     const std::string file = path != nullptr ? path : "";
     free(path);
-    if (parentId != UploadFolderId(catalogue.db()) && !line.Has("force")) {
-        return Fail(kName, MDB_ERR_PARA,
-                    "object " + std::to_string(id) + " is not in the upload folder, and destroying it deletes its file " +
-                        (file.empty() ? std::string("from disk") : file) + "; give --force to do that");
-    }
     const uint32_t result = QRV_MDB_DestroyObject(id);
-    if (result == MDB_UPNP_ERR_RESTRICTED_OBJECT) {
-        return Fail(kName, MDB_ERR_PARA,
-                    "object " + std::to_string(id) + " is restricted (UPnP error 711); nothing was removed");
-    }
     if (result != 0) {
-        return Fail(kName, result, "object " + std::to_string(id) + " could not be destroyed");
+        return Fail(kName, result, "object " + std::to_string(id) + " could not be destroyed; nothing was removed");
     }
     printf("destroyed object %lld%s%s\n", id, file.empty() ? "" : "; removed ", file.c_str());
     return kExitOk;
@@ -83,15 +66,14 @@ int RunDestroy(int argc, char **argv) {
 }  // namespace
 
 const Command kDestroyCommand = {
-    kName, "remove an object with its file (DestroyObject)",
-    "usage: mdb destroy DB ID [--force]\n"
+    kName, "remove an uploaded object with its file (DestroyObject)",
+    "usage: mdb destroy DB ID\n"
     "\n"
     "Answers a UPnP ContentDirectory DestroyObject: removes the object's file from disk, its row\n"
     "and its upload note. ID is a row id (42) or an object id that ends in one (0.1.264|42).\n"
-    "Only objects in the upload folder are destroyed unless --force is given, since the file on\n"
-    "disk goes with the row. Folders are refused; restricted objects are refused by the library.\n"
-    "\n"
-    "  --force            destroy an object outside the upload folder too (its file is deleted)\n",
+    "Only objects that CreateObject made (those in the upload folder) can be destroyed: any other\n"
+    "object, a scanned file, folder or root, is refused as restricted (UPnP error 711), and there\n"
+    "is no option to lift this. A rescan removes what has vanished from disk.\n",
     nullptr,
     RunDestroy,
 };

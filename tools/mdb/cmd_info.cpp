@@ -39,7 +39,7 @@ int RunInfo(int argc, char **argv) {
     uint32_t flags = 0;
     uint32_t status = QRV_MDB_GetItemInfo(catalogue.db(), id, nullptr, nullptr, 0, &flags);
     if (status != MDB_OK) {
-        return Fail(kName, status, "object " + std::to_string(id) + " could not be read: " + StatusMeaning(status));
+        return Fail(kName, status, "object " + std::to_string(id) + " could not be read: " + QRV_MDB_StatusText(status));
     }
     if (flags == 0) {
         return Fail(kName, MDB_ERR_NOT_FOUND, "the catalogue has no object " + std::to_string(id));
@@ -61,7 +61,7 @@ int RunInfo(int argc, char **argv) {
         free(path);
         return Fail(kName, static_cast<uint32_t>(result),
                     "the path of object " + std::to_string(id) + " could not be built: " +
-                        StatusMeaning(static_cast<uint32_t>(result)));
+                        QRV_MDB_StatusText(static_cast<uint32_t>(result)));
     }
     printf("id: %lld\n", id);
     printf("class: %s\n", OrNone(QRV_MDB_GetMediaClassById(flags)));

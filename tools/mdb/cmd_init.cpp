@@ -25,7 +25,7 @@ int RunInit(int argc, char **argv) {
     if (!catalogue.Open(kName, line.Positionals()[0], OpenMode::kCreate)) {
         return kExitFailed;
     }
-    printf("created catalogue %s (schema %s)\n", line.Positionals()[0].c_str(), MDB_TOOL_SCHEMA_SCRIPT);
+    printf("created catalogue %s (schema %s)\n", line.Positionals()[0].c_str(), QRV_MDB_SchemaScriptPath());
     return kExitOk;
 }
 
@@ -35,7 +35,8 @@ const Command kInitCommand = {
     kName, "create an empty catalogue",
     "usage: mdb init DB\n"
     "\n"
-    "Creates the catalogue file DB with the schema script " MDB_TOOL_SCHEMA_SCRIPT ".\n"
+    "Creates the catalogue file DB with the schema script " MDB_TOOL_SCHEMA_SCRIPT "\n"
+    "(or the one the environment variable MDB_SCHEMA_SCRIPT names).\n"
     "DB must not exist yet. (\"mdb scan\" also creates a catalogue that does not exist.)\n",
     nullptr,
     RunInit,

@@ -99,7 +99,7 @@ int RunListRequest(const char *command, const ListRequest &request, const std::s
     free(filter);
     free(sort);
     if (status != MDB_OK) {
-        std::string sentence = whatFailed + ": " + StatusMeaning(status);
+        std::string sentence = whatFailed + ": " + QRV_MDB_StatusText(status);
         if (action.lUpnpErrCode != 0) {
             sentence += " (UPnP error " + std::to_string(action.lUpnpErrCode) + " \"" + errorText + "\")";
         }

@@ -8,6 +8,7 @@
 #include <media_info.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -32,7 +33,11 @@ void PrintOverview(FILE *out) {
     fprintf(out,
             "\n"
             "\"mdb COMMAND --help\" describes a command. Errors name the library's status code\n"
-            "(such as MDB_ERR_NOT_FOUND) and end with exit code 1; a wrong command line ends with 2.\n");
+            "(such as MDB_ERR_NOT_FOUND) and end with exit code 1; a wrong command line ends with 2.\n"
+            "\n"
+            "environment:\n"
+            "  MDB_SCHEMA_SCRIPT  the schema script new catalogues are made with (default %s)\n",
+            MDB_TOOL_SCHEMA_SCRIPT);
 }
 
 bool AsksForHelp(int argc, char **argv) {
@@ -50,6 +55,11 @@ bool AsksForHelp(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
+    // A schema script other than the one the library was built with (a build tree's, a packager's).
+    const char *schema = getenv("MDB_SCHEMA_SCRIPT");
+    if (schema != nullptr && schema[0] != '\0') {
+        QRV_MDB_SetSchemaScriptPath(schema);
+    }
     if (argc < 2) {
         PrintOverview(stderr);
         return mdbtool::kExitUsage;

@@ -21,23 +21,26 @@ int UsageError(const char *command, const std::string &sentence) {
     return kExitUsage;
 }
 
-const char *StatusMeaning(uint32_t status) {
-    switch (status) {
-    case MDB_OK:
-        return "it succeeded";
-    case MDB_ERR_PARA:
-        return "an argument is missing or invalid, or the request is one the library refuses";
-    case MDB_ERR_MEM:
-        return "memory ran out, or a text did not fit its buffer";
-    case MDB_ERR_FAIL:
-        return "a file could not be opened or written, or a search expression could not be translated";
-    case MDB_ERR_NOT_FOUND:
-        return "the object id does not resolve, or the object does not exist";
-    case MDB_ERR_DB:
-        return "an SQL statement failed";
-    default:
-        return "the library answered with an unknown status";
+namespace {
+
+int FirstLine(void *arg, int columns, char **values, char **) {
+    std::string &text = *static_cast<std::string *>(arg);
+    if (text.empty() && columns > 0 && values[0] != nullptr) {
+        text = values[0];
     }
+    return 0;
+}
+
+}  // namespace
+
+bool PassesQuickCheck(sqlite3 *db, std::string &damage) {
+    damage.clear();
+    const int rc = MdbExecSql(db, "PRAGMA quick_check", FirstLine, &damage, nullptr);
+    if (rc != SQLITE_OK) {
+        damage = sqlite3_errstr(rc);
+        return false;
+    }
+    return damage == "ok";
 }
 
 Catalogue::~Catalogue() {
@@ -77,7 +80,7 @@ bool Catalogue::Open(const char *command, const std::string &path, OpenMode mode
             }
             Fail(command, MDB_ERR_DB,
                  "the catalogue " + path + " could not be created: its folder must exist and be writable, and the "
-                 "schema script " MDB_TOOL_SCHEMA_SCRIPT " must be readable");
+                 "schema script " + QRV_MDB_SchemaScriptPath() + " must be readable");
             return false;
         }
         break;
@@ -93,6 +96,18 @@ bool Catalogue::Open(const char *command, const std::string &path, OpenMode mode
         Fail(command, MDB_ERR_DB, "the catalogue " + path + " could not be opened");
         return false;
     }
+    if (MdbExecSql(m_db, "select count(*) from sqlite_master", nullptr, nullptr, nullptr) == SQLITE_NOTADB) {
+        Fail(command, MDB_ERR_DB, path + " is not an SQLite database, so it is no catalogue");
+        return false;
+    }
+    std::string damage;
+    if (mode == OpenMode::kCreateOrUse && !m_created && !PassesQuickCheck(m_db, damage)) {
+        Fail(command, MDB_ERR_DB,
+             "the catalogue " + path + " is damaged (PRAGMA quick_check: " + damage +
+                 "); nothing was scanned into it. Move it aside and scan into a new file: a catalogue holds nothing "
+                 "that a scan cannot make again");
+        return false;
+    }
     if (QRV_MDB_DbDLNATest(m_db, 0) != 1) {
         Fail(command, MDB_ERR_DB, path + " is not an MDB catalogue (it has no DLNA view)");
         return false;
@@ -100,7 +115,7 @@ bool Catalogue::Open(const char *command, const std::string &path, OpenMode mode
     g_pstMdbCtx = m_db;
     uint32_t status = QRV_MDB_DbGetRoots(m_db);
     if (status != MDB_OK) {
-        Fail(command, status, std::string("the root folders of ") + path + " could not be read: " + StatusMeaning(status));
+        Fail(command, status, std::string("the root folders of ") + path + " could not be read: " + QRV_MDB_StatusText(status));
         return false;
     }
     return true;

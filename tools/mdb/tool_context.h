@@ -19,8 +19,9 @@ constexpr int kExitUsage = 2;
 int Fail(const char *command, uint32_t status, const std::string &sentence);
 // The same for a wrong command line, pointing at the command's --help; returns kExitUsage.
 int UsageError(const char *command, const std::string &sentence);
-// A sentence that says what a status means, to follow what the command was doing.
-const char *StatusMeaning(uint32_t status);
+
+// True when db passes SQLite's PRAGMA quick_check; otherwise damage holds its first complaint.
+bool PassesQuickCheck(sqlite3 *db, std::string &damage);
 
 enum class OpenMode {
     kCreate,     // a new catalogue: the file must not exist yet
@@ -29,8 +30,10 @@ enum class OpenMode {
     kReadWrite,  // create, destroy
 };
 
-// An open catalogue for one command. Open() also stores the connection at g_pstMdbCtx (where the
-// request handlers take it from) and loads the root folder list; the destructor closes it.
+// An open catalogue for one command. Open() refuses a file that is no SQLite database, and for a
+// scan one that fails PRAGMA quick_check (a scan would only add to the damage). It also stores the
+// connection at g_pstMdbCtx (where the request handlers take it from) and loads the root folder
+// list; the destructor closes it.
 class Catalogue {
 public:
     Catalogue() = default;
