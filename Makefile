@@ -4,6 +4,7 @@
 #               mdb tool and shows the library answering Browse and Search requests on it
 #   make fuzz   builds the libFuzzer targets with clang, ASan and UBSan and runs each for FUZZ_TIME seconds
 #   make bench  builds and runs the benchmark on a synthetic catalogue (never part of tests or CI)
+#   make coverage  line coverage of the tests, measured with gcovr
 # They work on a fresh Debian machine; run them as root to let them install Debian packages.
 
 BUILD      ?= build
@@ -11,9 +12,10 @@ ASAN_BUILD ?= build-asan
 BENCH_BUILD ?= build-bench
 JOBS       ?= 2
 FUZZ_BUILD ?= build-fuzz
+COV_BUILD  ?= build-coverage
 FUZZ_TIME  ?= 60
 
-.PHONY: deps configure build test test-sanitize demo fuzz bench clean
+.PHONY: deps configure build test test-sanitize coverage demo fuzz bench clean
 
 deps:
 	@scripts/install-deps.sh
@@ -32,6 +34,19 @@ test-sanitize: deps
 	cmake --build $(ASAN_BUILD) -j $(JOBS)
 	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS) -E install_consumer
+
+# Line coverage of the test command: the library alone, then the library, the platform and the
+# tools together (gcovr, installed when run as root).
+coverage:
+	MDB_WITH_COVERAGE=1 scripts/install-deps.sh
+	cmake -S . -B $(COV_BUILD) -DCMAKE_BUILD_TYPE=Debug -DMDB_COVERAGE=ON >/dev/null
+	cmake --build $(COV_BUILD) -j $(JOBS)
+	find $(COV_BUILD) -name '*.gcda' -delete
+	ctest --test-dir $(COV_BUILD) -j $(JOBS) -E install_consumer >/dev/null
+	@echo "== src/"
+	@gcovr -r . --object-directory $(COV_BUILD) --filter 'src/' -s | tail -3
+	@echo "== src/, platform/, tools/"
+	@gcovr -r . --object-directory $(COV_BUILD) --filter 'src/' --filter 'platform/' --filter 'tools/' -s | tail -3
 
 # Fuzzing: every target of fuzz/ runs FUZZ_TIME seconds from its seeds in fuzz/corpus/<name>/ (which
 # stay as they are); new inputs and findings go to fuzz-corpus-work/. Standard output is closed, since
@@ -61,4 +76,4 @@ bench: deps
 	$(BENCH_BUILD)/bench/mdb_bench --work $(BENCH_BUILD)/work $(BENCH_ARGS)
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(BENCH_BUILD) fuzz-corpus-work
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(BENCH_BUILD) $(COV_BUILD) fuzz-corpus-work

@@ -2,23 +2,44 @@
  *
  * The library keeps the catalogue of shared media files in one SQLite database and answers the
  * UPnP ContentDirectory actions of the server: Browse, Search, CreateObject and DestroyObject, plus
- * the maintenance operations of the disk scanner and the Filter/SortCriteria conversions.
+ * the maintenance operations of the disk scanner and the Filter/SortCriteria conversions. What it
+ * imports (adaptation tables, DLNA profile functions, media-server symbols) is declared in
+ * mdb_platform.h.
  *
- * Conventions that hold for the whole header:
- *  - Every operation returns a status word (uint32_t): MDB_OK (0) or one of the MDB_ERR_ codes below.
- *    Callers test for zero. The upload operations answer 0/-1, 711 or 1 where their comment says so.
- *    QRV_MDB_StatusName() turns a status into its name for messages.
- *  - Ownership: the server owns the action record, the ixml document, the MdbNewObject and what
- *    they point to. The library frees only what it allocates (upload notes, the root list, the id
- *    array, its own SQL texts). The filter bytes, the sort text and looked-up paths are handed to the
- *    caller, who releases them with free().
- *  - Texts are built in fixed buffers and cut at their size, never overrun: 256 bytes for object
- *    ids, titles and URL bases, 512 bytes for SQL texts, resource URLs and protocolInfo.
- *  - Nothing is thread-safe by itself: the server calls the request operations from one thread at
- *    a time. SQLite's locking arbitrates between connections.
+ * Status. Every operation returns a status word: MDB_OK (0) on success, else one of the codes of
+ * MDB_STATUS_MAP below; callers test for zero. An operation on a connection answers MDB_ERR_PARA
+ * for a NULL connection, MDB_ERR_MEM when its SQL text cannot be formatted and MDB_ERR_DB when a
+ * statement fails; the comments below say only what differs. These answer otherwise:
+ *  - 0 or -1 (0xFFFFFFFF as uint32_t): QRV_MDB_ParseElements, QRV_MDB_CreateObject, and the
+ *    upload notes (int32_t; QRV_MDB_DelUploadNote and QRV_MDB_FreeUploadList always 0);
+ *  - 711 (MDB_UPNP_ERR_RESTRICTED_OBJECT) for a restricted object: QRV_MDB_DestroyObject, and
+ *    QRV_MDB_AutoDestroyObject, which passes its result on;
+ *  - 1: QRV_MDB_GetFileInfoById when the id names no file; QRV_MDB_CheckUploadComplete,
+ *    QRV_MDB_IsFolderEmpty and QRV_MDB_DbDLNATest answer 1 (yes) or 0 (no);
+ *  - an SQLite result code, passed through: MdbExecSql, and the genre, artist and album lists of
+ *    the category handlers (BrowseDirectChildren without a sub-id);
+ *  - MDB_ERR_FAIL for NULL arguments: MDBSearchCriteriaCheck;
+ *  - the sum of the statuses of its element writes (only zero or not means anything):
+ *    QRV_MDB_BuildMetadataForStaticContainer;
+ *  - no status: the row callbacks (0 goes on), the operator recognizers (0 or -1), the busy
+ *    handler and MdbSetBusyTimeout (0).
  *
- * What the library imports (adaptation tables, DLNA profile functions, media-server symbols) is
- * declared in mdb_platform.h. */
+ * Ownership. The server owns the action record, the ixml document, the MdbNewObject and what they
+ * point to; the library frees only what it allocates (upload notes, the root list, the id array,
+ * its own SQL texts). The filter bytes, the sort text and looked-up paths are handed to the
+ * caller, who releases them with free().
+ *
+ * Texts are built in fixed buffers and cut at their size, never overrun (256 bytes for object
+ * ids, titles and URL bases, 512 bytes for resource URLs and protocolInfo); SQL texts are never
+ * cut: a statement that would not fit is refused. Everything the library writes into a DIDL-Lite
+ * answer is well-formed XML in UTF-8.
+ *
+ * Threads. Nothing is thread-safe by itself: the server calls the request operations from one
+ * thread at a time. SQLite's locking arbitrates between connections and processes.
+ *
+ * Names. Everything declared here is exported: QRV_MDB_ names the operations, MDB_ the macros,
+ * Mdb the records, callbacks and helpers the contract names. The library's internal helpers (also
+ * named Mdb...) are declared in its own headers under src/ and are not exported. */
 #ifndef MDB_H
 #define MDB_H
 
@@ -187,93 +208,6 @@ typedef struct MdbItemBuildCtx {
     uint32_t ulCommaSep;      /* non-zero: ids are base "," row id */
 } MdbItemBuildCtx;
 
-/* One whole ITEM row. */
-typedef struct MdbItemDetail {
-    long long llId;
-    long long llParentId;
-    uint32_t ulFlags;
-    char acTitle[256];
-    char acFileName[4096];
-    uint64_t ullSize;
-    char acDate[64];
-    uint32_t ulBitsPerSample;
-    uint64_t ullDuration;
-    uint32_t ulNrAudioChannels;
-    uint64_t ullResolution;
-    uint32_t ulSampleFrequency;
-    uint32_t ulBitrate;
-    char acLastModify[64];
-    uint32_t ulOriginalTrackNumber;
-    long long llExIdActor;
-    long long llExIdAlbum;
-    long long llExIdArtist;
-    long long llExIdAuthor;
-    long long llExIdCreator;
-    long long llExIdDirector;
-    long long llExIdGenre;
-    long long llExIdProducer;
-    long long llExIdPublisher;
-} MdbItemDetail;
-
-/* One shared root folder: title (owned by the entry) and row id. */
-typedef struct MdbRootPath {
-    char *pcTitle;
-    long long llId;
-} MdbRootPath;
-
-/* Parsed search criteria. */
-#define MDB_SEARCH_MAX_EXPR 32
-#define MDB_SEARCH_SKELETON_SIZE 1024
-typedef struct MdbSearchSyntax {
-    int32_t lExprNum;
-    char *apcExpr[MDB_SEARCH_MAX_EXPR];
-    char acSkeleton[MDB_SEARCH_SKELETON_SIZE];
-    int32_t lParenDepth;
-    uint32_t ulState;
-} MdbSearchSyntax;
-
-/* Parser states of MdbSearchSyntax.ulState. */
-#define MDB_SYN_START 0u
-#define MDB_SYN_EXPR  1u
-#define MDB_SYN_OPEN  2u
-#define MDB_SYN_CLOSE 3u
-#define MDB_SYN_LOGIC 4u
-
-/* One CreateObject request; allocated by the server. Allocated texts come from strdup and are the
- * server's to free. */
-typedef struct MdbNewObject {
-    char *pcContainerId;      /* server: ContainerID */
-    char *pcElements;         /* server: the Elements DIDL-Lite text */
-    uint32_t ulAddrFamily;    /* server: 2 IPv4, 10 IPv6 */
-    char *pcParentId;         /* parse, create */
-    uint32_t ulRestricted;    /* parse: 0 when restricted="0" */
-    char *pcTitle;            /* parse */
-    char *pcDate;             /* parse: year-month-day, or NULL */
-    char *pcClass;            /* parse */
-    char *pcSize;             /* parse, or NULL */
-    char *pcProtocolInfo;     /* parse: without its trailing parameters */
-    char *pcIfoFileUri;       /* parse, or NULL */
-    const char *pcSuffix;     /* parse: file suffix, owned by the profile library */
-    uint32_t ulFlags;         /* parse, create: ITEM flags word */
-    char *pcObjectId;         /* create */
-    IXML_Document *pstDoc;    /* server: the answer document */
-    IXML_Element *pstDidlRoot;/* server, create */
-    IXML_Element *pstItem;    /* create */
-    IXML_Element *pstRes;     /* create */
-} MdbNewObject;
-
-/* One upload in progress. */
-typedef struct MdbUploadNote {
-    long long llObjectId;
-    uint32_t ulState;         /* 1 waiting, 0 disabled */
-    uint32_t ulStartTime;     /* sysinfo uptime when the note was made */
-    struct MdbUploadNote *pstNext;
-} MdbUploadNote;
-
-/* ---------------------------------------------------------------------------------------------
- * Exported globals */
-MDB_API extern uint32_t g_ulDlnaCertification; /* 1; never read by the library */
-
 /* ---------------------------------------------------------------------------------------------
  * Object ids and the static container tree */
 
@@ -299,9 +233,10 @@ MDB_API uint32_t QRV_MDB_GetMediaClassByStr(const char *pcClass);
 MDB_API uint32_t QRV_MDB_GetFilterIdx(const char *pcPropName);
 
 /* ---------------------------------------------------------------------------------------------
- * Browse */
+ * DIDL-Lite writers: elements, containers, database rows */
 
-/* Append element pcName (with text pcText when not NULL) as last child of pstParent. */
+/* Append element pcName (with text pcText, made safe for XML, when not NULL) as last child of
+ * pstParent; *ppstNew (may be NULL) receives it. MDB_ERR_PARA for a NULL document, parent or name. */
 MDB_API uint32_t QRV_MDB_XmlAppendChildElement(IXML_Document *pstDoc, IXML_Element *pstParent,
                                                const char *pcName, const char *pcText,
                                                IXML_Element **ppstNew);
@@ -312,23 +247,28 @@ MDB_API uint32_t QRV_MDB_AppendSearchClass(MdbActionCtx *pstAction, IXML_Element
 MDB_API uint32_t QRV_MDB_BuildMetadataForStaticContainer(const MdbStaticContainer *pstNode,
                                                          const char *pcTitle, const char *pcSuffix,
                                                          MdbActionCtx *pstAction);
+/* Row callback over "select * from DLNA" rows (pvArg an MdbItemBuildCtx): appends one DIDL-Lite
+ * "item" (class above 10) or "container" per row id with ids, title, class, the filtered
+ * properties and the "res" element; counts ulNumberReturned up to ulRequestedCount. Returns 0. */
+MDB_API int MdbBuildItemCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+
+/* Row callback of Search over (category id, name) rows (pvArg the Search's MdbItemBuildCtx):
+ * writes values as containers of the action's ObjectID container, counts every value. */
+MDB_API int MdbBuildSearchCategoryCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
+
+/* ---------------------------------------------------------------------------------------------
+ * Browse: the entry, the static containers and the database containers */
+
 /* Handler of containers whose children are all static nodes. */
 MDB_API uint32_t QRV_MDB_BrowseStaticContainer(const MdbStaticContainer *pstNode, const char *pcSubId,
                                                uint32_t ulBrowseFlag, MdbActionCtx *pstAction);
 /* Browse entry: resolve pcObjectId and call its container's handler. */
 MDB_API uint32_t QRV_MDB_Browse(const char *pcObjectId, uint32_t ulBrowseFlag, MdbActionCtx *pstAction);
 
-/* ---------------------------------------------------------------------------------------------
- * Browse of database containers (folders, all items, categories) and the item writer */
-
-/* Row callback over "select * from DLNA" rows (pvArg an MdbItemBuildCtx): appends one DIDL-Lite
- * "item" (class above 10) or "container" per row id with ids, title, class, the filtered
- * properties and the "res" element; counts ulNumberReturned up to ulRequestedCount. Returns 0. */
-MDB_API int MdbBuildItemCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
-
 /* Handlers of database containers (the five-argument form; ulClass 11 music, 12 video, 13
- * pictures restricts the rows). They set ulTotalMatches and count ulNumberReturned. */
-/* Folders: no sub-id lists the shared root folders; a row id sub-id is that row (flag 0) or its
+ * pictures restricts the rows). They set ulTotalMatches and count ulNumberReturned; a list whose
+ * statement would not fit (a sort text longer than MDB_BROWSE_SORT_MAX) is MDB_ERR_PARA.
+ * Folders: no sub-id lists the shared root folders; a row id sub-id is that row (flag 0) or its
  * sub-folders and items of the class. A missing row on flag 0: UPnP error 701, MDB_ERR_NOT_FOUND. */
 MDB_API uint32_t QRV_MDB_BrowseFolder(const MdbStaticContainer *pstNode, const char *pcSubId, uint32_t ulBrowseFlag,
                                       MdbActionCtx *pstAction, uint32_t ulClass);
@@ -351,19 +291,15 @@ MDB_API uint32_t QRV_MDB_BrowseVideoAlbum(const MdbStaticContainer *pstNode, con
 
 /* Rows below folder row llRowId (flag non-zero: sub-folders holding the class and items of the
  * class, counted into *pulTotal and paged) or the row itself (flag 0; with pulTotal a missing row
- * sets UPnP error 701 and gives MDB_ERR_NOT_FOUND). MDB_ERR_PARA without db or action,
- * MDB_ERR_DB when the row statement fails. */
+ * sets UPnP error 701 and gives MDB_ERR_NOT_FOUND). MDB_ERR_PARA without an action. */
 MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId, uint32_t ulClass,
                                         uint32_t ulBrowseFlag, MdbRowCallback pfnCallback, void *pvArg,
                                         uint32_t *pulTotal);
 /* All rows of the class (flag non-zero, counted and paged) or row llRowId (flag 0, total 1,
- * existence not tested). MDB_ERR_PARA without db or action, MDB_ERR_DB on a failed statement. */
+ * existence not tested). MDB_ERR_PARA without an action. */
 MDB_API uint32_t QRV_MDB_DbBrowseByType(sqlite3 *pstDb, MdbActionCtx *pstAction, long long llRowId, uint32_t ulClass,
                                         uint32_t ulBrowseFlag, MdbRowCallback pfnCallback, void *pvArg,
                                         uint32_t *pulTotal);
-/* Row callback of Search over (category id, name) rows (pvArg the Search's MdbItemBuildCtx):
- * writes values as containers of the action's ObjectID container, counts every value. */
-MDB_API int MdbBuildSearchCategoryCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
 
 /* ---------------------------------------------------------------------------------------------
  * Filter and SortCriteria */
@@ -374,27 +310,102 @@ MDB_API int MdbBuildSearchCategoryCallback(void *pvArg, int lColNum, char **ppcV
 MDB_API unsigned char *QRV_MDB_ParseFilterString(const char *pcFilter);
 /* The "ORDER BY col[ desc],..." text for a UPnP SortCriteria text, malloc'ed for the caller to
  * free; NULL for a NULL text, a failed allocation, or when no key names a sortable property. */
+MDB_API char *QRV_MDB_BuildSortStr(const char *pcSortCriteria);
+
 /* A sort text of at most this many characters fits every Browse statement, whatever the other
  * arguments; a Browse whose statement would not fit its 512 bytes is refused with MDB_ERR_PARA
  * (never cut), so a server refuses a longer text itself (UPnP error 709) before it calls Browse.
  * Search statements hold the criteria's WHERE text too, and may refuse a shorter sort text. */
 #define MDB_BROWSE_SORT_MAX 300u
-MDB_API char *QRV_MDB_BuildSortStr(const char *pcSortCriteria);
 
 /* ---------------------------------------------------------------------------------------------
- * Catalogue database: opening, busy policy, statement runner, shared row callbacks */
+ * Search */
+
+/* Parsed search criteria. */
+#define MDB_SEARCH_MAX_EXPR 32
+#define MDB_SEARCH_SKELETON_SIZE 1024
+typedef struct MdbSearchSyntax {
+    int32_t lExprNum;
+    char *apcExpr[MDB_SEARCH_MAX_EXPR];
+    char acSkeleton[MDB_SEARCH_SKELETON_SIZE];
+    int32_t lParenDepth;
+    uint32_t ulState;
+} MdbSearchSyntax;
+
+/* Parser states of MdbSearchSyntax.ulState. */
+#define MDB_SYN_START 0u
+#define MDB_SYN_EXPR  1u
+#define MDB_SYN_OPEN  2u
+#define MDB_SYN_CLOSE 3u
+#define MDB_SYN_LOGIC 4u
+
+/* Operator recognizers for the property table: on success move the cursor behind the operator and
+ * return 0; otherwise leave it and return -1 (also for NULL). The first word that the text begins
+ * with is taken. MdbCmpRelOp: "=", "!=", "<=", "<", ">=", ">". MdbCmpEqualOp: "=".
+ * MdbCmpStringOp: "contains", "=". MdbCmpDerivedOp: "=", "derivedfrom". */
+MDB_API int32_t MdbCmpRelOp(const char **ppcCursor);
+MDB_API int32_t MdbCmpEqualOp(const char **ppcCursor);
+MDB_API int32_t MdbCmpStringOp(const char **ppcCursor);
+MDB_API int32_t MdbCmpDerivedOp(const char **ppcCursor);
+
+/* Check a SearchCriteria text and split it into expression texts (strdup'ed, released by
+ * MDBSearchCriteriaCheck) and a skeleton of parentheses, " A ", " O " and "_<property index>".
+ * "*" gives the skeleton "*". MDB_OK when accepted; MDB_ERR_PARA for NULL, empty or rejected text,
+ * also for more than 32 expressions, an expression over 255 characters, parentheses nested more
+ * than 16 deep or a skeleton over 1023;
+ * MDB_ERR_MEM when an expression cannot be copied. A rejected text leaves no expression behind. */
+MDB_API uint32_t MDBSearchCriteriaSyntax(const char *pcCriteria, MdbSearchSyntax *pstSyntax);
+
+/* Translate a Search into the WHERE text of a select over the DLNA view: the class of the search
+ * container pcContainerId, the row or category named by the sub-id of its copy pcCopy (which may be
+ * cut at its "|" or rewritten), and the parsed criteria. *pulResultClass receives 0 for items or
+ * the container class the criteria ask for; *pulCommaSep the separator flag of the item writer.
+ * The expression texts of pstSyntax are released in every case. Returns MDB_OK; MDB_ERR_FAIL for
+ * NULL arguments and a protocolInfo value without MIME type or profile; the resolver's status for
+ * an unknown container; MDB_ERR_PARA for an expression that cannot be translated or a text that
+ * would not fit its buffer (nothing is cut); MDB_ERR_MEM when an SQL text cannot be formatted or a
+ * static container's id does not fit the copy. */
+MDB_API uint32_t MDBSearchCriteriaCheck(const char *pcContainerId, char *pcCopy, uint32_t ulCopySize,
+                                        uint32_t *pulResultClass, char *pcWhere, uint32_t ulWhereSize,
+                                        uint32_t *pulCommaSep, MdbSearchSyntax *pstSyntax);
+
+/* Answer a Search: ContainerID (NULL for none), SearchCriteria, and the action record whose
+ * pcObjectId holds the same ContainerID in a writable buffer of at least 256 bytes. Writes items or
+ * category containers into the action's document and sets ulTotalMatches. MDB_OK, MDB_ERR_PARA
+ * (no action, no database, rejected or untranslatable criteria, unknown container) or MDB_ERR_DB. */
+MDB_API uint32_t QRV_MDB_Search(const char *pcContainerId, const char *pcCriteria, MdbActionCtx *pstAction);
+
+/* The worker of QRV_MDB_Search on connection pstDb: checks and translates pcCriteria with the
+ * container copy pcCopy (ulCopySize bytes), runs the count statement into *pulTotal (when given, for
+ * item results only) and the paged select with pfnItemCallback/pvArg, or with the category writer for
+ * genre, artist and album results. pvArg must be an MdbItemBuildCtx. The two reserved words are
+ * ignored. MDB_OK, MDB_ERR_PARA or MDB_ERR_DB as QRV_MDB_Search. */
+MDB_API uint32_t QRV_MDB_DbSearch(sqlite3 *pstDb, MdbActionCtx *pstAction, uint32_t ulReserved1,
+                                  uint32_t ulReserved2, const char *pcCriteria, char *pcCopy,
+                                  uint32_t ulCopySize, MdbRowCallback pfnItemCallback, void *pvArg,
+                                  uint32_t *pulTotal);
+
+/* ---------------------------------------------------------------------------------------------
+ * Text helpers */
+
+/* Append as much of pcSrc as fits into the ulSize-byte text pcDst, always leaving a NUL; nothing
+ * happens for NULL texts or when pcDst is already not shorter than ulSize. Returns pcDst. */
+MDB_API char *MdbStrAppend(char *pcDst, uint32_t ulSize, const char *pcSrc);
+
+/* ---------------------------------------------------------------------------------------------
+ * Catalogue database: schema, opening, busy policy, statement runner, shared row callbacks */
 
 /* The busy budget in milliseconds that every connection's busy handler reads; the openers set 80. */
 MDB_API extern int32_t g_mdbTimeout;
 
-/* Open the catalogue at pcPath, creating it if needed: a new file gets the schema script
- * (QRV_MDB_SchemaScriptPath) run as one batch; an existing file, even an empty one, is used unchanged.
- * *plExisted (may be NULL) becomes 1 when the file existed, else 0. NULL on any failure. */
-MDB_API sqlite3 *QRV_MDB_DbInit(const char *pcPath, int *plExisted);
 /* The schema script a new catalogue is made with: the path fixed at build time (/etc/create_db.sql
  * on a device) unless a program has pointed it at another file (NULL: back to that path). */
 MDB_API const char *QRV_MDB_SchemaScriptPath(void);
 MDB_API void QRV_MDB_SetSchemaScriptPath(const char *pcPath);
+/* Open the catalogue at pcPath, creating it if needed: a new file gets the schema script
+ * (QRV_MDB_SchemaScriptPath) run as one batch; an existing file, even an empty one, is used unchanged.
+ * *plExisted (may be NULL) becomes 1 when the file existed, else 0. NULL on any failure. */
+MDB_API sqlite3 *QRV_MDB_DbInit(const char *pcPath, int *plExisted);
 /* Open an existing catalogue read-only; NULL (and "<path> read fail" on stdout) on failure. */
 MDB_API sqlite3 *QRV_MDB_DbInitReadOnly(const char *pcPath);
 /* Open read-write, creating an empty file without schema if needed; NULL (and "<path> open fail"
@@ -424,11 +435,8 @@ MDB_API int MdbGetIdCallback(void *pvArg, int lColNum, char **ppcValues, char **
 MDB_API int MdbGetIdListCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
 
 /* ---------------------------------------------------------------------------------------------
- * Item records */
-
-/* Item records. Every operation returns MDB_ERR_PARA for a NULL connection, MDB_ERR_MEM when its
- * SQL text cannot be formatted, MDB_ERR_DB when the statement fails, else MDB_OK. Texts are quoted
- * with %q; a NULL date or lastModify is stored as SQLite's "(NULL)" text. */
+ * Item records: every text value goes through %q; a NULL date or lastModify is stored as
+ * SQLite's "(NULL)" text */
 
 /* The template QRV_MDB_DbUpdateItemValues formats: the 23 values and the id, in column order. The
  * server may point it at another template with the same 24 conversions. */
@@ -480,10 +488,35 @@ MDB_API uint32_t QRV_MDB_DbAddItemExtraInfo(sqlite3 *pstDb, long long *pllId, co
                                             const char *pcName);
 
 /* ---------------------------------------------------------------------------------------------
- * Item queries */
+ * Item queries: a query that finds no row leaves the caller's storage as it was */
 
-/* Item queries: MDB_ERR_PARA for a NULL connection, MDB_ERR_DB when the select fails, else MDB_OK.
- * A query that finds no row leaves the caller's storage as it was. */
+/* One whole ITEM row. */
+typedef struct MdbItemDetail {
+    long long llId;
+    long long llParentId;
+    uint32_t ulFlags;
+    char acTitle[256];
+    char acFileName[4096];
+    uint64_t ullSize;
+    char acDate[64];
+    uint32_t ulBitsPerSample;
+    uint64_t ullDuration;
+    uint32_t ulNrAudioChannels;
+    uint64_t ullResolution;
+    uint32_t ulSampleFrequency;
+    uint32_t ulBitrate;
+    char acLastModify[64];
+    uint32_t ulOriginalTrackNumber;
+    long long llExIdActor;
+    long long llExIdAlbum;
+    long long llExIdArtist;
+    long long llExIdAuthor;
+    long long llExIdCreator;
+    long long llExIdDirector;
+    long long llExIdGenre;
+    long long llExIdProducer;
+    long long llExIdPublisher;
+} MdbItemDetail;
 
 /* All ITEM ids as QRV_MDB_DbGetAllItemID found them (malloc'ed; the caller frees it), and their
  * number. */
@@ -516,6 +549,12 @@ MDB_API int32_t QRV_MDB_DbDLNATest(sqlite3 *pstDb, uint32_t ulExpected);
 /* ---------------------------------------------------------------------------------------------
  * Root folders and folder flags */
 
+/* One shared root folder: title (owned by the entry) and row id. */
+typedef struct MdbRootPath {
+    char *pcTitle;
+    long long llId;
+} MdbRootPath;
+
 /* The root folders (rows with parentID 0) as QRV_MDB_DbGetRoots read them; owned by the library. */
 MDB_API extern MdbRootPath *g_pstRootPaths;
 MDB_API extern uint32_t g_ulRootPathNum;
@@ -542,7 +581,46 @@ MDB_API uint32_t QRV_MDB_ReplaceRoot(sqlite3 *pstDb, const char *pcBase, const c
 MDB_API uint32_t QRV_MDB_Copyfile(const char *pcTarget, const char *pcSource);
 
 /* ---------------------------------------------------------------------------------------------
- * Upload notes */
+ * Uploads: CreateObject, the upload notes, DestroyObject, file information, completion, time-out
+ *
+ * An upload: the server parses the CreateObject Elements (QRV_MDB_ParseElements), then
+ * QRV_MDB_CreateObject adds an ITEM row of size 0 below the "upload" folder of the first root
+ * folder, answers with the item and its importUri, and opens an upload note. The file arrives at
+ * the server's HTTP file server, which finds the path with QRV_MDB_GetFileInfoById and sets the
+ * row's size; QRV_MDB_CheckUploadComplete then answers 1. QRV_MDB_AutoDestroyObject, called by the
+ * server from time to time, destroys an object whose note still waits 35 s after it was made.
+ * Pauses (sleep) and the uptime (sysinfo) are taken from the system library by name. */
+
+/* One CreateObject request; allocated by the server. Allocated texts come from strdup and are the
+ * server's to free. */
+typedef struct MdbNewObject {
+    char *pcContainerId;      /* server: ContainerID */
+    char *pcElements;         /* server: the Elements DIDL-Lite text */
+    uint32_t ulAddrFamily;    /* server: 2 IPv4, 10 IPv6 */
+    char *pcParentId;         /* parse, create */
+    uint32_t ulRestricted;    /* parse: 0 when restricted="0" */
+    char *pcTitle;            /* parse */
+    char *pcDate;             /* parse: year-month-day, or NULL */
+    char *pcClass;            /* parse */
+    char *pcSize;             /* parse, or NULL */
+    char *pcProtocolInfo;     /* parse: without its trailing parameters */
+    char *pcIfoFileUri;       /* parse, or NULL */
+    const char *pcSuffix;     /* parse: file suffix, owned by the profile library */
+    uint32_t ulFlags;         /* parse, create: ITEM flags word */
+    char *pcObjectId;         /* create */
+    IXML_Document *pstDoc;    /* server: the answer document */
+    IXML_Element *pstDidlRoot;/* server, create */
+    IXML_Element *pstItem;    /* create */
+    IXML_Element *pstRes;     /* create */
+} MdbNewObject;
+
+/* One upload in progress. */
+typedef struct MdbUploadNote {
+    long long llObjectId;
+    uint32_t ulState;         /* 1 waiting, 0 disabled */
+    uint32_t ulStartTime;     /* sysinfo uptime when the note was made */
+    struct MdbUploadNote *pstNext;
+} MdbUploadNote;
 
 /* The pending uploads in creation order (NULL when none). Not locked: one thread at a time. */
 MDB_API extern MdbUploadNote *g_pstUploadList;
@@ -558,70 +636,6 @@ MDB_API int32_t QRV_MDB_FindUploadNote(long long llObjectId);
 MDB_API int32_t QRV_MDB_DisableUploadNote(long long llObjectId);
 /* Drop every note, deleting each note's ITEM row on g_pstMdbCtx (failures ignored). Always 0. */
 MDB_API int32_t QRV_MDB_FreeUploadList(void);
-
-/* ---------------------------------------------------------------------------------------------
- * Search */
-
-/* Operator recognizers for the property table: on success move the cursor behind the operator and
- * return 0; otherwise leave it and return -1 (also for NULL). The first word that the text begins
- * with is taken. MdbCmpRelOp: "=", "!=", "<=", "<", ">=", ">". MdbCmpEqualOp: "=".
- * MdbCmpStringOp: "contains", "=". MdbCmpDerivedOp: "=", "derivedfrom". */
-MDB_API int32_t MdbCmpRelOp(const char **ppcCursor);
-MDB_API int32_t MdbCmpEqualOp(const char **ppcCursor);
-MDB_API int32_t MdbCmpStringOp(const char **ppcCursor);
-MDB_API int32_t MdbCmpDerivedOp(const char **ppcCursor);
-
-/* Append as much of pcSrc as fits into the ulSize-byte text pcDst, always leaving a NUL; nothing
- * happens for NULL texts or when pcDst is already not shorter than ulSize. Returns pcDst. */
-MDB_API char *MdbStrAppend(char *pcDst, uint32_t ulSize, const char *pcSrc);
-
-/* Check a SearchCriteria text and split it into expression texts (strdup'ed, released by
- * MDBSearchCriteriaCheck) and a skeleton of parentheses, " A ", " O " and "_<property index>".
- * "*" gives the skeleton "*". MDB_OK when accepted; MDB_ERR_PARA for NULL, empty or rejected text,
- * also for more than 32 expressions, an expression over 255 characters, parentheses nested more
- * than 16 deep or a skeleton over 1023;
- * MDB_ERR_MEM when an expression cannot be copied. A rejected text leaves no expression behind. */
-MDB_API uint32_t MDBSearchCriteriaSyntax(const char *pcCriteria, MdbSearchSyntax *pstSyntax);
-
-/* Translate a Search into the WHERE text of a select over the DLNA view: the class of the search
- * container pcContainerId, the row or category named by the sub-id of its copy pcCopy (which may be
- * cut at its "|" or rewritten), and the parsed criteria. *pulResultClass receives 0 for items or
- * the container class the criteria ask for; *pulCommaSep the separator flag of the item writer.
- * The expression texts of pstSyntax are released in every case. Returns MDB_OK; MDB_ERR_FAIL for
- * NULL arguments and a protocolInfo value without MIME type or profile; the resolver's status for
- * an unknown container; MDB_ERR_PARA for an expression that cannot be translated or a text that
- * would not fit its buffer (nothing is cut); MDB_ERR_MEM when an SQL text cannot be formatted or a
- * static container's id does not fit the copy. */
-MDB_API uint32_t MDBSearchCriteriaCheck(const char *pcContainerId, char *pcCopy, uint32_t ulCopySize,
-                                        uint32_t *pulResultClass, char *pcWhere, uint32_t ulWhereSize,
-                                        uint32_t *pulCommaSep, MdbSearchSyntax *pstSyntax);
-
-/* Answer a Search: ContainerID (NULL for none), SearchCriteria, and the action record whose
- * pcObjectId holds the same ContainerID in a writable buffer of at least 256 bytes. Writes items or
- * category containers into the action's document and sets ulTotalMatches. MDB_OK, MDB_ERR_PARA
- * (no action, no database, rejected or untranslatable criteria, unknown container) or MDB_ERR_DB. */
-MDB_API uint32_t QRV_MDB_Search(const char *pcContainerId, const char *pcCriteria, MdbActionCtx *pstAction);
-
-/* The worker of QRV_MDB_Search on connection pstDb: checks and translates pcCriteria with the
- * container copy pcCopy (ulCopySize bytes), runs the count statement into *pulTotal (when given, for
- * item results only) and the paged select with pfnItemCallback/pvArg, or with the category writer for
- * genre, artist and album results. pvArg must be an MdbItemBuildCtx. The two reserved words are
- * ignored. MDB_OK, MDB_ERR_PARA or MDB_ERR_DB as QRV_MDB_Search. */
-MDB_API uint32_t QRV_MDB_DbSearch(sqlite3 *pstDb, MdbActionCtx *pstAction, uint32_t ulReserved1,
-                                  uint32_t ulReserved2, const char *pcCriteria, char *pcCopy,
-                                  uint32_t ulCopySize, MdbRowCallback pfnItemCallback, void *pvArg,
-                                  uint32_t *pulTotal);
-
-/* ---------------------------------------------------------------------------------------------
- * CreateObject, DestroyObject, file information, upload completion and time-out
- *
- * An upload: the server parses the CreateObject Elements (QRV_MDB_ParseElements), then
- * QRV_MDB_CreateObject adds an ITEM row of size 0 below the "upload" folder of the first root
- * folder, answers with the item and its importUri, and opens an upload note. The file arrives at
- * the server's HTTP file server, which finds the path with QRV_MDB_GetFileInfoById and sets the
- * row's size; QRV_MDB_CheckUploadComplete then answers 1. QRV_MDB_AutoDestroyObject, called by the
- * server from time to time, destroys an object whose note still waits 35 s after it was made.
- * Pauses (sleep) and the uptime (sysinfo) are taken from the system library by name. */
 
 /* Read the CreateObject Elements text (pstObj->pcElements) into the record: pcParentId (warns
  * "warning: the parentID is diffrent with ContainerID!" when it differs from pcContainerId, or when
@@ -670,6 +684,10 @@ MDB_API int32_t QRV_MDB_CheckUploadComplete(long long llId);
  * "35 second time out, auto destory item:<id>". At most one object per call. 0 when nothing timed
  * out, else DestroyObject's result. */
 MDB_API int32_t QRV_MDB_AutoDestroyObject(void);
+
+/* ---------------------------------------------------------------------------------------------
+ * Builds for DLNA certification set this flag to 1 (its initial value); the library never reads it. */
+MDB_API extern uint32_t g_ulDlnaCertification;
 
 #ifdef __cplusplus
 }

@@ -29,11 +29,22 @@ extern const MdbStaticContainer g_stRootContainer;
 extern const char *const g_apcObjClassStrings[];
 extern const uint32_t g_ulObjClassStringLen;
 
-/* The property table. Fixed positions: 0 id, 1 parentID, 2 upnp:class, 3 dc:title, 8 duration,
- * 11 resolution, 23 and 30 the attributes CreateObject sets, 28 protocolInfo, 30 always written with
- * the row id, 32 written as "STANDARD". */
+/* The property table. */
 extern const MdbDlnaCol g_astDlnaCols[];
 extern const uint32_t g_ulNumOfDlnaCols;
+
+/* The positions of the property table that the library gives a meaning of its own; the table
+ * must keep them. Indexes 0 to 3 are written for every row before the others. */
+#define MDB_COL_IDX_ID            0u  /* object id: its column name is the id attribute, its column the row id */
+#define MDB_COL_IDX_PARENT        1u  /* its column name is the parentID attribute */
+#define MDB_COL_IDX_CLASS         2u  /* its property name is the class element; class criteria */
+#define MDB_COL_IDX_TITLE         3u  /* its property name is the title element */
+#define MDB_COL_IDX_DURATION      8u  /* criteria values read as "H:MM:SS[.mmm]" */
+#define MDB_COL_IDX_RESOLUTION    11u /* criteria values read as "WIDTHxHEIGHT" */
+#define MDB_COL_IDX_RESTRICTED    23u /* CreateObject's answer sets this attribute to "0" */
+#define MDB_COL_IDX_PROTOCOL_INFO 28u /* criteria values name a MIME type or DLNA profile */
+#define MDB_COL_IDX_MANAGED       30u /* always written, with the row id as its value; "4" on CreateObject's answer */
+#define MDB_COL_IDX_STANDARD      32u /* written with the constant text "STANDARD" */
 
 /* Media format families; family i has index i in bits 8-15 of its items' flags words. */
 extern const MdbMediaClass g_astMediaClasses[];

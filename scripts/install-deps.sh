@@ -10,6 +10,9 @@ packages+=(libtag1-dev libexif-dev libjpeg-dev libpng-dev libavformat-dev libavc
 if [ "${MDB_WITH_FUZZ:-0}" = 1 ]; then
   packages+=(clang libclang-rt-14-dev)
 fi
+if [ "${MDB_WITH_COVERAGE:-0}" = 1 ]; then
+  packages+=(gcovr)
+fi
 if [ -n "${MDB_EXTRA_PACKAGES:-}" ]; then
   read -r -a extra <<<"$MDB_EXTRA_PACKAGES"
   packages+=("${extra[@]}")

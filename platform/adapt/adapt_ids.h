@@ -3,6 +3,8 @@
 // their tests; the library itself knows only the numbers its own contract fixes.
 #pragma once
 
+#include <mdb_platform.h>
+
 #include <cstdint>
 
 namespace mdbadapt {
@@ -40,21 +42,21 @@ enum SearchClassSet : uint32_t {
     kSearchSetEnd = 137         // first value that is no set
 };
 
-// Positions in g_astDlnaCols. The library and the search translation rely on 0-3, 8, 11, 23, 28,
-// 30 and 32; the others are this table's own order.
+// Positions in g_astDlnaCols. Those the library relies on are named in mdb_platform.h; the others
+// are this table's own order.
 enum DlnaColIndex : uint32_t {
-    kColId = 0,
-    kColParentId = 1,
-    kColClass = 2,
-    kColTitle = 3,
+    kColId = MDB_COL_IDX_ID,
+    kColParentId = MDB_COL_IDX_PARENT,
+    kColClass = MDB_COL_IDX_CLASS,
+    kColTitle = MDB_COL_IDX_TITLE,
     kColDate = 4,
     kColCreator = 5,
     kColArtist = 6,
     kColGenre = 7,
-    kColDuration = 8,
+    kColDuration = MDB_COL_IDX_DURATION,
     kColAlbum = 9,
     kColTrackNumber = 10,
-    kColResolution = 11,
+    kColResolution = MDB_COL_IDX_RESOLUTION,
     kColSize = 12,
     kColBitrate = 13,
     kColSampleFrequency = 14,
@@ -66,16 +68,16 @@ enum DlnaColIndex : uint32_t {
     kColProducer = 20,
     kColPublisher = 21,
     kColSearchable = 22,
-    kColRestricted = 23,
+    kColRestricted = MDB_COL_IDX_RESTRICTED,
     kColStorageUsed = 24,
     kColWriteStatus = 25,
     kColSearchClass = 26,
     kColChildCount = 27,
-    kColProtocolInfo = 28,
+    kColProtocolInfo = MDB_COL_IDX_PROTOCOL_INFO,
     kColImportUri = 29,
-    kColDlnaManaged = 30,
+    kColDlnaManaged = MDB_COL_IDX_MANAGED,
     kColRes = 31,
-    kColRecordQuality = 32,
+    kColRecordQuality = MDB_COL_IDX_STANDARD,
     kColRefId = 33,
     kColCount = 34
 };

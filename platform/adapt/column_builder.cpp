@@ -18,9 +18,9 @@
 #include <mdb_platform.h>
 
 #include "../common/media_family_codes.h"
+#include "common/text.h"
 #include "adapt_ids.h"
 
-#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -33,16 +33,11 @@ namespace {
 
 /* Read a decimal 64-bit value; false for NULL, empty, out-of-range or non-numeric text. */
 bool ParseInt64(const char *pcValue, long long *pllOut) {
-    if (pcValue == nullptr || *pcValue == '\0') {
+    const MdbDecimal stNumber = MdbReadDecimal(pcValue);
+    if (!stNumber.bDigits || !stNumber.FitsSigned() || *stNumber.pcEnd != '\0') {
         return false;
     }
-    char *pcEnd = nullptr;
-    errno = 0;
-    long long llValue = std::strtoll(pcValue, &pcEnd, 10);
-    if (errno != 0 || *pcEnd != '\0') {
-        return false;
-    }
-    *pllOut = llValue;
+    *pllOut = stNumber.Saturated();
     return true;
 }
 
@@ -157,7 +152,7 @@ uint32_t WriteChildCount(const MdbStaticContainer *pstContainer, IXML_Element *p
     std::snprintf(acSql, sizeof acSql,
                   "select count(distinct id) from ITEM where parentID=%lld and (((flags & %d) =%d and "
                   "(flags & %d) >1) or (flags & %d) =%d)",
-                  llRowId, 127, static_cast<int>(kClassStorageFolder), 1 << ulMediaClass, 127,
+                  llRowId, MDB_FLAGS_CLASS_MASK, static_cast<int>(kClassStorageFolder), 1 << ulMediaClass, MDB_FLAGS_CLASS_MASK,
                   static_cast<int>(ulMediaClass));
     unsigned long ulCount = 0;
     int rc = SQLITE_BUSY;

@@ -51,34 +51,34 @@ const MdbStaticContainer kRootChildren[3] = {
 };
 
 const MdbStaticContainer kMusicChildren[5] = {
-    Node("All Music", kIdAllMusic, kClassContainer, kClassMusicTrack, kClassMusicTrack, 0, BrowseAllWrapper,
+    Node("All Music", kIdAllMusic, kClassContainer, kClassMusicTrack, kClassMusicTrack, 0, WithMediaClass<QRV_MDB_BrowseAll>,
          &kRootChildren[0], nullptr),
     Node("Genres", kIdMusicGenres, kClassMusicGenre, kSearchMusicGenres, kClassMusicTrack, 0,
-         BrowseMusicGenreWrapper, &kRootChildren[0], nullptr),
+         WithMediaClass<QRV_MDB_BrowseMusicGenre>, &kRootChildren[0], nullptr),
     Node("Artists", kIdMusicArtists, kClassMusicArtist, kSearchMusicArtists, kClassMusicTrack, 0,
-         BrowseMusicArtistWrapper, &kRootChildren[0], nullptr),
+         WithMediaClass<QRV_MDB_BrowseMusicArtist>, &kRootChildren[0], nullptr),
     Node("Albums", kIdMusicAlbums, kClassMusicAlbum, kSearchMusicAlbums, kClassMusicTrack, 0,
-         BrowseMusicAlbumWrapper, &kRootChildren[0], nullptr),
+         WithMediaClass<QRV_MDB_BrowseMusicAlbum>, &kRootChildren[0], nullptr),
     Node("Folders", kIdMusicFolders, kClassStorageFolder, kSearchMusicFolders, kClassMusicTrack, 0,
-         BrowseFolderWrapper, &kRootChildren[0], nullptr),
+         WithMediaClass<QRV_MDB_BrowseFolder>, &kRootChildren[0], nullptr),
 };
 
 const MdbStaticContainer kVideoChildren[4] = {
-    Node("All Video", kIdAllVideo, kClassContainer, kClassVideoItem, kClassVideoItem, 0, BrowseAllWrapper,
+    Node("All Video", kIdAllVideo, kClassContainer, kClassVideoItem, kClassVideoItem, 0, WithMediaClass<QRV_MDB_BrowseAll>,
          &kRootChildren[1], nullptr),
     Node("Creators", kIdVideoCreators, kClassPerson, kSearchVideoCreators, kClassVideoItem, 0,
-         BrowseVideoCreatorWrapper, &kRootChildren[1], nullptr),
-    Node("Albums", kIdVideoAlbums, kClassAlbum, kSearchVideoAlbums, kClassVideoItem, 0, BrowseVideoAlbumWrapper,
+         WithMediaClass<QRV_MDB_BrowseVideoCreator>, &kRootChildren[1], nullptr),
+    Node("Albums", kIdVideoAlbums, kClassAlbum, kSearchVideoAlbums, kClassVideoItem, 0, WithMediaClass<QRV_MDB_BrowseVideoAlbum>,
          &kRootChildren[1], nullptr),
     Node("Folders", kIdVideoFolders, kClassStorageFolder, kSearchVideoFolders, kClassVideoItem, 0,
-         BrowseFolderWrapper, &kRootChildren[1], nullptr),
+         WithMediaClass<QRV_MDB_BrowseFolder>, &kRootChildren[1], nullptr),
 };
 
 const MdbStaticContainer kPictureChildren[2] = {
-    Node("All Pictures", kIdAllPictures, kClassContainer, kClassPhoto, kClassPhoto, 0, BrowseAllWrapper,
+    Node("All Pictures", kIdAllPictures, kClassContainer, kClassPhoto, kClassPhoto, 0, WithMediaClass<QRV_MDB_BrowseAll>,
          &kRootChildren[2], nullptr),
     Node("Folders", kIdPictureFolders, kClassStorageFolder, kSearchPictureFolders, kClassPhoto, 0,
-         BrowseFolderWrapper, &kRootChildren[2], nullptr),
+         WithMediaClass<QRV_MDB_BrowseFolder>, &kRootChildren[2], nullptr),
 };
 
 } // namespace

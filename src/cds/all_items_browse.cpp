@@ -1,5 +1,6 @@
 // All-items containers (all music, all video, all pictures): every item of the container's media
 // class in one flat list, paged and sorted in SQL, written by MdbBuildItemCallback.
+#include "cds/container_answer.h"
 #include <mdb.h>
 #include <mdb_platform.h>
 
@@ -8,12 +9,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-
-namespace {
-
-constexpr int kClassMask = static_cast<int>(MDB_FLAGS_CLASS_MASK);
-
-}  // namespace
 
 /* Without a sub-id: the container's own metadata (browse flag 0) or all items of ulClass. With a
  * sub-id: the metadata of that row, whatever the browse flag; the row is not checked for
@@ -28,10 +23,7 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseAll(const MdbStaticContainer *pstNode,
         ulBrowseFlag = 0;
         llRowId = std::strtoll(pcSubId, nullptr, 10);
     } else if (ulBrowseFlag == 0) {
-        const uint32_t ulStatus = QRV_MDB_BuildMetadataForStaticContainer(pstNode, nullptr, nullptr, pstAction);
-        pstAction->ulNumberReturned = 1;
-        pstAction->ulTotalMatches = 1;
-        return ulStatus;
+        return MdbAnswerWithContainer(pstNode, nullptr, nullptr, pstAction);
     }
     char acBaseId[256] = {0};
     const uint32_t ulStatus = QRV_MDB_StaticContainerGetObjId(pstNode, acBaseId, sizeof acBaseId);
@@ -57,14 +49,14 @@ extern "C" MDB_API uint32_t QRV_MDB_DbBrowseByType(sqlite3 *pstDb, MdbActionCtx 
     char acSql[512] = {0};
     if (ulBrowseFlag != 0) {
         const int lClass = static_cast<int>(ulClass);
-        std::snprintf(acSql, sizeof acSql, "select * from DLNA where ((flags & %d) = %d)", kClassMask, lClass);
+        std::snprintf(acSql, sizeof acSql, "select * from DLNA where ((flags & %d) = %d)", MDB_FLAGS_CLASS_MASK, lClass);
         if (!MdbAppendPage(acSql, sizeof acSql, *pstAction, MdbSortSlot::kWhenSorted)) {
             return MDB_ERR_PARA;
         }
         if (pulTotal != nullptr) {
             char acCount[128];
             std::snprintf(acCount, sizeof acCount, "select count(distinct id) from ITEM where ((flags & %d) = %d)",
-                          kClassMask, lClass);
+                          MDB_FLAGS_CLASS_MASK, lClass);
             MdbExecSql(pstDb, acCount, MdbGetCountCallback, pulTotal, nullptr);
         }
     } else {

@@ -2,6 +2,7 @@
 // (a GENRES, ARTISTS or ALBUMS row) and "N|k,r" for the item r inside it. All five follow one
 // pattern; what differs is the value list, the item statements and the name lookup.
 #include "cds/category_browse.h"
+#include "cds/container_answer.h"
 #include "cds/item_writer.h"
 
 #include <mdb_platform.h>
@@ -30,15 +31,6 @@ const CategoryKind kGenre = {GenreList, MdbBrowseGenreItems, GenreName};
 const CategoryKind kArtist = {MdbBrowseArtistList, MdbBrowseArtistItems, ArtistName};
 const CategoryKind kAlbum = {MdbBrowseAlbumList, MdbBrowseAlbumItems, AlbumName};
 
-/* Writes the node's metadata as one answer: both counters 1, the write's status. */
-uint32_t AnswerWithContainer(const MdbStaticContainer *pstNode, const char *pcTitle, const char *pcSuffix,
-                             MdbActionCtx *pstAction) {
-    const uint32_t ulStatus = QRV_MDB_BuildMetadataForStaticContainer(pstNode, pcTitle, pcSuffix, pstAction);
-    pstAction->ulNumberReturned = 1;
-    pstAction->ulTotalMatches = 1;
-    return ulStatus;
-}
-
 /* pcBaseId for the rows of value pcValue (ulValueLen characters of it): N's id, "|", the value,
  * cut at 256 bytes. */
 uint32_t FormatValueId(const MdbStaticContainer *pstNode, const char *pcValue, size_t ulValueLen, char (&acId)[256]) {
@@ -66,7 +58,7 @@ uint32_t BrowseCategory(const CategoryKind &kind, const MdbStaticContainer *pstN
         if (ulBrowseFlag == 1) {
             return kind.pfnList(pstNode, ulBrowseFlag, pstAction, ulClass);
         }
-        return AnswerWithContainer(pstNode, nullptr, nullptr, pstAction);
+        return MdbAnswerWithContainer(pstNode, nullptr, nullptr, pstAction);
     }
 
     MdbItemBuildCtx stCtx = MdbMakeItemBuildCtx(pstNode, pstAction, acId, 1);
@@ -89,7 +81,7 @@ uint32_t BrowseCategory(const CategoryKind &kind, const MdbStaticContainer *pstN
     if (ulBrowseFlag != 1) {
         std::snprintf(acSuffix, sizeof acSuffix, "%c%s", '|', pcSubId);
         kind.pfnName(g_pstMdbCtx, std::atoi(pcSubId), acTitle);
-        return AnswerWithContainer(pstNode, acTitle, acSuffix, pstAction);
+        return MdbAnswerWithContainer(pstNode, acTitle, acSuffix, pstAction);
     }
     const int32_t lValueId = std::atoi(pcSubId);
     pstAction->ulTotalMatches = 0;

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int kClassMask = static_cast<int>(MDB_FLAGS_CLASS_MASK);
 
 /* The count and row statements of one kind of category listing. Both formats take the category
  * (or row) id, the class mask and the class; the row statement is followed by the page, whose
@@ -46,13 +45,13 @@ uint32_t RunCategoryStatements(const CategoryStatements &stStatements, sqlite3 *
     }
     const int lClass = static_cast<int>(ulClass);
     char acRows[512] = {0};
-    std::snprintf(acRows, sizeof acRows, stStatements.pcRows, static_cast<int>(lId), kClassMask, lClass);
+    std::snprintf(acRows, sizeof acRows, stStatements.pcRows, static_cast<int>(lId), MDB_FLAGS_CLASS_MASK, lClass);
     if (!MdbAppendPage(acRows, sizeof acRows, *pstAction, MdbSortSlot::kAlways)) {
         return MDB_ERR_PARA;
     }
     if (pulTotal != nullptr) {
         char acCount[512] = {0};
-        std::snprintf(acCount, sizeof acCount, stStatements.pcCount, static_cast<int>(lId), kClassMask, lClass);
+        std::snprintf(acCount, sizeof acCount, stStatements.pcCount, static_cast<int>(lId), MDB_FLAGS_CLASS_MASK, lClass);
         MdbExecSql(pstDb, acCount, MdbGetCountCallback, pulTotal, nullptr);
     }
     return MdbExecSql(pstDb, acRows, pfnCallback, pvArg, nullptr) != 0 ? MDB_ERR_DB : MDB_OK;

@@ -1,6 +1,7 @@
 // The value lists of category containers (all genres; the artists and albums that have items of
 // the container's class) and the row callbacks that write each value as a container: one for
 // Browse, one for the category results of Search.
+#include "cds/container_answer.h"
 #include "cds/category_browse.h"
 
 #include <mdb_platform.h>
@@ -10,17 +11,13 @@
 
 namespace {
 
-constexpr int kClassMask = static_cast<int>(MDB_FLAGS_CLASS_MASK);
 
 /* Shared by the three lists: flag 0 writes the node itself, any other flag runs the value list
  * pcSql with MdbBuildCategoryCallback. */
 uint32_t BrowseValueList(const MdbStaticContainer *pstNode, uint32_t ulBrowseFlag, MdbActionCtx *pstAction,
                          const char *pcSql) {
     if (ulBrowseFlag == 0) {
-        const uint32_t ulStatus = QRV_MDB_BuildMetadataForStaticContainer(pstNode, nullptr, nullptr, pstAction);
-        pstAction->ulNumberReturned = 1;
-        pstAction->ulTotalMatches = 1;
-        return ulStatus;
+        return MdbAnswerWithContainer(pstNode, nullptr, nullptr, pstAction);
     }
     pstAction->ulNumberReturned = 0;
     pstAction->ulTotalMatches = 0;
@@ -29,6 +26,16 @@ uint32_t BrowseValueList(const MdbStaticContainer *pstNode, uint32_t ulBrowseFla
     }
     MdbCategoryListCtx stCtx{pstNode, pstAction};
     return static_cast<uint32_t>(MdbExecSql(g_pstMdbCtx, pcSql, MdbBuildCategoryCallback, &stCtx, nullptr));
+}
+
+/* The values of lookup table pcTable that items of ulClass point at through column pcColumn. */
+uint32_t BrowseValuesWithItems(const MdbStaticContainer *pstNode, uint32_t ulBrowseFlag, MdbActionCtx *pstAction,
+                               const char *pcTable, const char *pcColumn, uint32_t ulClass) {
+    char acSql[512] = {0};
+    std::snprintf(acSql, sizeof acSql,
+                  "select exID,name from %s where exID in(select distinct ITEM.%s from ITEM where ITEM.flags&%d=%d)",
+                  pcTable, pcColumn, MDB_FLAGS_CLASS_MASK, static_cast<int>(ulClass));
+    return BrowseValueList(pstNode, ulBrowseFlag, pstAction, acSql);
 }
 
 const char *ValueName(int lColNum, char **ppcValues) { return lColNum > 1 ? ppcValues[1] : nullptr; }
@@ -82,20 +89,10 @@ uint32_t MdbBrowseGenreList(const MdbStaticContainer *pstNode, uint32_t ulBrowse
 
 uint32_t MdbBrowseArtistList(const MdbStaticContainer *pstNode, uint32_t ulBrowseFlag, MdbActionCtx *pstAction,
                              uint32_t ulClass) {
-    char acSql[512] = {0};
-    std::snprintf(acSql, sizeof acSql,
-                  "select exID,name from ARTISTS where exID in(select distinct ITEM.exID_ARTIST from ITEM where "
-                  "ITEM.flags&%d=%d)",
-                  kClassMask, static_cast<int>(ulClass));
-    return BrowseValueList(pstNode, ulBrowseFlag, pstAction, acSql);
+    return BrowseValuesWithItems(pstNode, ulBrowseFlag, pstAction, "ARTISTS", "exID_ARTIST", ulClass);
 }
 
 uint32_t MdbBrowseAlbumList(const MdbStaticContainer *pstNode, uint32_t ulBrowseFlag, MdbActionCtx *pstAction,
                             uint32_t ulClass) {
-    char acSql[512] = {0};
-    std::snprintf(acSql, sizeof acSql,
-                  "select exID,name from ALBUMS where exID in(select distinct ITEM.exID_ALBUM from ITEM where "
-                  "ITEM.flags&%d=%d)",
-                  kClassMask, static_cast<int>(ulClass));
-    return BrowseValueList(pstNode, ulBrowseFlag, pstAction, acSql);
+    return BrowseValuesWithItems(pstNode, ulBrowseFlag, pstAction, "ALBUMS", "exID_ALBUM", ulClass);
 }

@@ -3,6 +3,7 @@
 #include <mdb.h>
 #include <mdb_platform.h>
 
+#include "cds/container_answer.h"
 #include "common/xml_text.h"
 
 #include <cstdio>
@@ -113,4 +114,12 @@ extern "C" MDB_API uint32_t QRV_MDB_BuildMetadataForStaticContainer(const MdbSta
         sum += QRV_MDB_AppendSearchClass(pstAction, pstContainer, pstNode->ucSearchClass);
     }
     return sum;
+}
+
+uint32_t MdbAnswerWithContainer(const MdbStaticContainer *pstNode, const char *pcTitle, const char *pcSuffix,
+                                MdbActionCtx *pstAction) {
+    const uint32_t ulStatus = QRV_MDB_BuildMetadataForStaticContainer(pstNode, pcTitle, pcSuffix, pstAction);
+    pstAction->ulNumberReturned = 1;
+    pstAction->ulTotalMatches = 1;
+    return ulStatus;
 }

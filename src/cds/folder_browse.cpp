@@ -1,6 +1,7 @@
 // Folder containers (music, video and picture folders): the shared root folders, and below them
 // the scanned directory tree restricted to the container's media class. Rows are written by
 // MdbBuildItemCallback; statements run through MdbExecSql on the process-wide connection.
+#include "cds/container_answer.h"
 #include "cds/folder_browse.h"
 
 #include <mdb_platform.h>
@@ -21,17 +22,12 @@ const char kNoSuchObjectText[] = "No such object.";
 // changes with the source.
 constexpr int kNoSuchObjectTraceNumber = 120;
 
-// Class numbers are compared inside the SQL as "(flags & 127)".
-constexpr int kClassMask = static_cast<int>(MDB_FLAGS_CLASS_MASK);
 
 }  // namespace
 
 uint32_t MdbBrowseRootFolders(const MdbStaticContainer *pstNode, uint32_t ulBrowseFlag, MdbActionCtx *pstAction) {
     if (ulBrowseFlag == 0) {
-        const uint32_t ulStatus = QRV_MDB_BuildMetadataForStaticContainer(pstNode, nullptr, nullptr, pstAction);
-        pstAction->ulNumberReturned = 1;
-        pstAction->ulTotalMatches = 1;
-        return ulStatus;
+        return MdbAnswerWithContainer(pstNode, nullptr, nullptr, pstAction);
     }
     pstAction->ulNumberReturned = 0;
     pstAction->ulTotalMatches = 0;
@@ -97,7 +93,7 @@ extern "C" MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx 
         std::snprintf(acSql, sizeof acSql,
                       "select * from DLNA where parentID=%lld and (((flags & %d) =%d and (flags & %d) >1) or "
                       "(flags & %d) =%d)",
-                      llRowId, kClassMask, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, kClassMask, lClass);
+                      llRowId, MDB_FLAGS_CLASS_MASK, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, MDB_FLAGS_CLASS_MASK, lClass);
         if (!MdbAppendPage(acSql, sizeof acSql, *pstAction, MdbSortSlot::kWhenSorted)) {
             return MDB_ERR_PARA;
         }
@@ -106,7 +102,7 @@ extern "C" MDB_API uint32_t QRV_MDB_DbBrowseObject(sqlite3 *pstDb, MdbActionCtx 
             std::snprintf(acCount, sizeof acCount,
                           "select count(distinct id) from ITEM where parentID=%lld and (((flags & %d) =%d and "
                           "(flags & %d) >1) or (flags & %d) =%d)",
-                          llRowId, kClassMask, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, kClassMask, lClass);
+                          llRowId, MDB_FLAGS_CLASS_MASK, static_cast<int>(MDB_CLASS_FOLDER), lFolderBit, MDB_FLAGS_CLASS_MASK, lClass);
             MdbExecSql(pstDb, acCount, MdbGetCountCallback, pulTotal, nullptr);
         }
     } else {

@@ -2,6 +2,7 @@
 // protocolInfo of its profile and media family, and the importUri of an object still waiting for
 // its upload.
 #include "cds/item_writer.h"
+#include "common/url_base.h"
 #include "common/xml_text.h"
 
 #include <mdb_platform.h>
@@ -66,25 +67,6 @@ void MdbFormatProtocolInfo(const MdbDlnaProfile *pstProfile, uint32_t ulFlags, c
                       transfer.pcOp, transfer.pcFlags);
     } else {
         std::snprintf(pcBuf, ulSize, "http-get:*:%s:DLNA.ORG_PN=%s", pcMime, pcName);
-    }
-}
-
-/* libupnp answers NULL for an address until it is initialised; that counts as no address. */
-void MdbFormatUrlBase(uint32_t ulAddrFamily, char *pcBuf, uint32_t ulSize) {
-    if (pcBuf == nullptr || ulSize == 0) {
-        return;
-    }
-    pcBuf[0] = '\0';
-    if (ulAddrFamily == 2) {
-        const char *pcAddr = UpnpGetServerIpAddress();
-        if (pcAddr != nullptr) {
-            std::snprintf(pcBuf, ulSize, "http://%s:%d", pcAddr, static_cast<int>(UpnpGetFileServerPort()));
-        }
-    } else if (ulAddrFamily == 10) {
-        const char *pcAddr = UpnpGetServerIp6Address();
-        if (pcAddr != nullptr) {
-            std::snprintf(pcBuf, ulSize, "http://[%s]:%d", pcAddr, static_cast<int>(UpnpGetFileServerPort6()));
-        }
     }
 }
 

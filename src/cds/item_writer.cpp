@@ -3,6 +3,7 @@
 // filter asks for and, for items, the "res" element. Consecutive rows with the same id make one
 // object.
 #include "cds/item_writer.h"
+#include "common/url_base.h"
 #include "common/xml_text.h"
 
 #include <mdb_platform.h>
@@ -58,7 +59,7 @@ uint32_t MdbBuildColumn(MdbItemBuildCtx *pstCtx, int lColNum, char **ppcValues, 
     }
     const MdbDlnaCol &col = g_astDlnaCols[ulColIdx];
     const char *pcValue = nullptr;
-    if (ulColIdx == MDB_COL_IDX_ROW_ID) {
+    if (ulColIdx == MDB_COL_IDX_MANAGED) {
         pcValue = RowValue(lColNum, ppcValues, g_astDlnaCols[MDB_COL_IDX_ID].usColIdx);
     } else if (ulColIdx == MDB_COL_IDX_STANDARD) {
         pcValue = "STANDARD";
@@ -138,9 +139,9 @@ extern "C" MDB_API int MdbBuildItemCallback(void *pvArg, int lColNum, char **ppc
     MdbSetObjectIds(pstCtx, ppcValues, ulFlags);
     MdbAppendTitleAndClass(pstCtx, ppcValues, ulFlags);
 
-    for (uint32_t i = MDB_COL_IDX_FIRST_PROPERTY; i < g_ulNumOfDlnaCols; ++i) {
+    for (uint32_t i = kMdbFirstTableProperty; i < g_ulNumOfDlnaCols; ++i) {
         const uint16_t usFlags = g_astDlnaCols[i].usFlags;
-        if ((usFlags & MDB_COL_ALWAYS) != 0 || i == MDB_COL_IDX_ROW_ID) {
+        if ((usFlags & MDB_COL_ALWAYS) != 0 || i == MDB_COL_IDX_MANAGED) {
             MdbBuildColumn(pstCtx, lColNum, ppcValues, ppcNames, ulFlags, i, pstCtx->pstItem, pstCtx->pstRes);
             continue;
         }

@@ -3,7 +3,7 @@
 // Internal to the library.
 #pragma once
 
-#include <mdb.h>
+#include <mdb_platform.h>
 
 // Positions of a "select * from DLNA" row that the writer reads directly.
 enum MdbDlnaRowPosition : int {
@@ -14,16 +14,8 @@ enum MdbDlnaRowPosition : int {
     MDB_ROW_MIN_VALUES = 22  // a row with fewer values is not a DLNA view row
 };
 
-// Property table positions with a meaning of their own in the writer.
-enum MdbDlnaColPosition : uint32_t {
-    MDB_COL_IDX_ID = 0,
-    MDB_COL_IDX_PARENT = 1,
-    MDB_COL_IDX_CLASS = 2,
-    MDB_COL_IDX_TITLE = 3,
-    MDB_COL_IDX_FIRST_PROPERTY = 4,
-    MDB_COL_IDX_ROW_ID = 30,    // always written, with the row id as value
-    MDB_COL_IDX_STANDARD = 32   // written with the constant text "STANDARD"
-};
+// The first property that the writer looks at in table order (0 to 3 come first, for every row).
+constexpr uint32_t kMdbFirstTableProperty = MDB_COL_IDX_TITLE + 1;
 
 /* The context of one statement run: zeroed, then the container, the action, the base id and the
  * separator flag set and llLastId -1, as every caller starts it. */
@@ -53,11 +45,6 @@ void MdbAppendTitleAndClass(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t 
  * (no element, no value for an attribute) or MDB_ERR_MEM when ixml refuses. */
 uint32_t MdbBuildColumn(MdbItemBuildCtx *pstCtx, int lColNum, char **ppcValues, char **ppcNames, uint32_t ulFlags,
                         uint32_t ulColIdx, IXML_Element *pstItem, IXML_Element *pstRes);
-
-/* Write the URL base of the file server for an address family into pcBuf (ulSize bytes):
- * "http://addr:port" for 2, "http://[addr]:port" for 10, empty for any other family and when
- * libupnp has no address yet. */
-void MdbFormatUrlBase(uint32_t ulAddrFamily, char *pcBuf, uint32_t ulSize);
 
 /* Write the protocolInfo of a resource of profile pstProfile whose flags word is ulFlags into
  * pcBuf (ulSize bytes, cut there): "http-get:*:<mime>:" followed by the DLNA parameters of the

@@ -1,10 +1,10 @@
 // Object ids: resolving a dotted id against the static container tree, and writing a node's id.
 // Nothing here allocates: the static part and each number are copied into stack buffers.
 #include "cds/object_id.h"
+#include "common/text.h"
 
 #include <mdb_platform.h>
 
-#include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -37,24 +37,6 @@ uint32_t AppendIdPiece(char *pcBuf, uint32_t ulSize, uint32_t *pulUsed, const ch
 
 }  // namespace
 
-uint32_t MdbReadLeadingNumber(const char *pcText) {
-    const unsigned char *p = reinterpret_cast<const unsigned char *>(pcText);
-    while (std::isspace(*p)) {
-        ++p;
-    }
-    bool negative = false;
-    if (*p == '+' || *p == '-') {
-        negative = (*p == '-');
-        ++p;
-    }
-    uint32_t value = 0;
-    while (std::isdigit(*p)) {
-        value = value * 10u + static_cast<uint32_t>(*p - '0');
-        ++p;
-    }
-    return negative ? 0u - value : value;
-}
-
 uint32_t MdbParseIdSegment(const char *pcText, const char **ppcRest, uint32_t *pulNumber) {
     if (pcText == nullptr) {
         return MDB_ERR_NOT_FOUND;
@@ -62,7 +44,7 @@ uint32_t MdbParseIdSegment(const char *pcText, const char **ppcRest, uint32_t *p
     const char *dot = std::strchr(pcText, '.');
     if (dot == nullptr) {
         *ppcRest = nullptr;
-        *pulNumber = MdbReadLeadingNumber(pcText);
+        *pulNumber = MdbReadDecimal(pcText).Wrapped32();
         return MDB_OK;
     }
     size_t len = static_cast<size_t>(dot - pcText);
@@ -72,7 +54,7 @@ uint32_t MdbParseIdSegment(const char *pcText, const char **ppcRest, uint32_t *p
     char number[kNumberSize];
     std::memcpy(number, pcText, len);
     number[len] = '\0';
-    *pulNumber = MdbReadLeadingNumber(number);
+    *pulNumber = MdbReadDecimal(number).Wrapped32();
     *ppcRest = dot + 1;
     return MDB_OK;
 }

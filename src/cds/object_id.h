@@ -4,11 +4,8 @@
 
 #include <mdb.h>
 
-// Leading-digit number as atoi reads it (blanks, optional sign, digits; other text ends it, a text
-// without digits reads 0), computed with wrap-around so that numbers of any length are defined.
-uint32_t MdbReadLeadingNumber(const char *pcText);
-
-/* Split the first number off a dotted text. *ppcRest points behind the first ".", or is NULL when
+/* Split the first number off a dotted text. The number is read as atoi reads it, modulo 2^32, so
+ * that numbers of any length are defined. *ppcRest points behind the first ".", or is NULL when
  * the text has none. A number followed by "." may have at most 31 characters.
  * Returns MDB_OK, or MDB_ERR_NOT_FOUND for a NULL text or a number too long. */
 uint32_t MdbParseIdSegment(const char *pcText, const char **ppcRest, uint32_t *pulNumber);

@@ -2,6 +2,7 @@
 // category value), with the base as its parentID. Rows listed without a base (Search below the
 // root) take the base of the all-items or folder container of their class.
 #include "cds/item_writer.h"
+#include "common/tree_ids.h"
 #include "common/xml_text.h"
 
 #include <mdb_platform.h>
@@ -14,27 +15,16 @@ namespace {
 // The base of a row listed without one: items go below their all-items container, folders below
 // the folder container of the first class they hold. NULL when the row belongs to none.
 const char *BaseOfRowClass(uint32_t ulFlags) {
-    switch (ulFlags & MDB_FLAGS_CLASS_MASK) {
-    case MDB_CLASS_MUSIC:
-        return "0.1.256";
-    case MDB_CLASS_VIDEO:
-        return "0.2.512";
-    case MDB_CLASS_PICTURE:
-        return "0.3.768";
-    case MDB_CLASS_FOLDER:
-        if ((ulFlags & MDB_FLAGS_FOLDER_MUSIC) != 0) {
-            return "0.1.264";
+    const uint32_t ulClass = ulFlags & MDB_FLAGS_CLASS_MASK;
+    for (const MdbMediaContainers &stContainers : g_astMdbMediaContainers) {
+        if (ulClass == stContainers.ulClass) {
+            return stContainers.acAllItems;
         }
-        if ((ulFlags & MDB_FLAGS_FOLDER_VIDEO) != 0) {
-            return "0.2.516";
+        if (ulClass == MDB_CLASS_FOLDER && (ulFlags & stContainers.ulFolderBit) != 0) {
+            return stContainers.acFolders;
         }
-        if ((ulFlags & MDB_FLAGS_FOLDER_PICTURE) != 0) {
-            return "0.3.771";
-        }
-        return nullptr;
-    default:
-        return nullptr;
     }
+    return nullptr;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Browse handler of the purely static containers (the root and the media containers), whose
 // children are all nodes of the static tree.
+#include "cds/container_answer.h"
 #include <mdb.h>
 
 /* BrowseMetadata writes the node itself with both counters 1. BrowseDirectChildren counts every
@@ -16,10 +17,7 @@ extern "C" MDB_API uint32_t QRV_MDB_BrowseStaticContainer(const MdbStaticContain
         return MDB_ERR_NOT_FOUND;
     }
     if (ulBrowseFlag == 0) {
-        uint32_t status = QRV_MDB_BuildMetadataForStaticContainer(pstNode, nullptr, nullptr, pstAction);
-        pstAction->ulNumberReturned = 1;
-        pstAction->ulTotalMatches = 1;
-        return status;
+        return MdbAnswerWithContainer(pstNode, nullptr, nullptr, pstAction);
     }
     pstAction->ulTotalMatches = 0;
     pstAction->ulNumberReturned = 0;

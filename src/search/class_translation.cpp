@@ -1,6 +1,7 @@
 // Translation of class criteria ("=" and "derivedfrom" on the class property): the value selects
 // the item classes whose texts it shares a prefix with, or, inside a category container, asks for
 // the category objects themselves (genres, artists, albums), which the result class reports.
+#include "common/text.h"
 #include "search/expression_translation.h"
 #include "search/search_categories.h"
 #include "search/search_words.h"
@@ -62,5 +63,5 @@ uint32_t MdbTranslateClass(MdbTranslation &stT, const char *pcValue) {
     }
     char acGroup[kMdbConditionSize];
     std::snprintf(acGroup, sizeof(acGroup), "(%s)", acContent);
-    return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, acGroup);
+    return MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, acGroup);
 }

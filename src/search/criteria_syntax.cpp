@@ -3,6 +3,7 @@
 // relational or existence expression, and builds the skeleton of parentheses and logical operators
 // that the SQL translation walks. Which operators a property accepts is decided by the property
 // table's recognizers, not here.
+#include "common/text.h"
 #include "search/search_words.h"
 
 #include <mdb.h>
@@ -32,17 +33,6 @@ struct Step {
 constexpr Step kGoOn{true, MDB_OK};
 constexpr Step kReject{false, MDB_ERR_PARA};
 
-/* Append pcText to the skeleton only when all of it fits; a skeleton is never cut. */
-bool AppendToSkeleton(MdbSearchSyntax *pstSyntax, const char *pcText) {
-    size_t used = std::strlen(pstSyntax->acSkeleton);
-    size_t len = std::strlen(pcText);
-    if (used + len >= sizeof(pstSyntax->acSkeleton)) {
-        return false;
-    }
-    std::memcpy(pstSyntax->acSkeleton + used, pcText, len + 1);
-    return true;
-}
-
 /* Release every stored expression text and clear the record's results. */
 void DropResults(MdbSearchSyntax *pstSyntax) {
     for (int32_t i = 0; i < pstSyntax->lExprNum; ++i) {
@@ -56,7 +46,7 @@ void DropResults(MdbSearchSyntax *pstSyntax) {
 /* "(" or ")" at *ppc: append it, check the state and the depth, move past it. */
 Step ParenthesisStep(MdbSearchSyntax *pstSyntax, const char **ppc) {
     char acChar[2] = {**ppc, '\0'};
-    if (!AppendToSkeleton(pstSyntax, acChar)) {
+    if (MdbAppendWhole(pstSyntax->acSkeleton, sizeof(pstSyntax->acSkeleton), acChar) != MDB_OK) {
         return kReject;
     }
     if (acChar[0] == '(') {
@@ -144,7 +134,7 @@ Step ExpressionStep(MdbSearchSyntax *pstSyntax, const char **ppc, int32_t lIndex
     }
     char acRef[16];
     std::snprintf(acRef, sizeof(acRef), "_%d", lIndex);
-    if (!AppendToSkeleton(pstSyntax, acRef)) {
+    if (MdbAppendWhole(pstSyntax->acSkeleton, sizeof(pstSyntax->acSkeleton), acRef) != MDB_OK) {
         return kReject;
     }
     char acExpr[kMaxExprLen + 1];
@@ -176,7 +166,7 @@ Step LogicalStep(MdbSearchSyntax *pstSyntax, const char **ppc) {
     bool bAnd = MdbStartsWith(*ppc, g_apcSearchOpStrings[MDB_WORD_AND]);
     uint32_t ulWord = bAnd ? MDB_WORD_AND : MDB_WORD_OR;
     *ppc += std::strlen(g_apcSearchOpStrings[ulWord]);
-    if (!AppendToSkeleton(pstSyntax, bAnd ? " A " : " O ")) {
+    if (MdbAppendWhole(pstSyntax->acSkeleton, sizeof(pstSyntax->acSkeleton), bAnd ? " A " : " O ") != MDB_OK) {
         return kReject;
     }
     if (!MdbIsSpace(**ppc) ||

@@ -4,10 +4,12 @@
 // Everything here is text building: no statement runs. Values from the client are written only as
 // single-quoted literals with their quotes doubled or as numbers, and no text is cut: a
 // text that would not fit its buffer is refused.
+#include "common/text.h"
 #include "search/expression_translation.h"
 #include "search/search_categories.h"
 #include "search/search_words.h"
 #include "search/sql_join.h"
+#include "store/sql_text.h"
 
 #include <mdb.h>
 #include <mdb_platform.h>
@@ -18,13 +20,6 @@
 #include <cstring>
 
 namespace {
-
-// Fixed positions of the property table that the translation gives a meaning of its own.
-constexpr uint32_t kObjectIdProperty = 0;
-constexpr uint32_t kClassProperty = 2;
-constexpr uint32_t kDurationProperty = 8;
-constexpr uint32_t kResolutionProperty = 11;
-constexpr uint32_t kProtocolInfoProperty = 28;
 
 // Existence kinds of MdbDlnaCol.usSearchType below the class sets.
 constexpr uint16_t kExistsUnknown = MDB_EXISTS_UNKNOWN;
@@ -94,9 +89,9 @@ uint32_t AppendExistence(MdbTranslation &stT, uint16_t usKind, Mode eMode) {
     if (pcText == nullptr) {
         return MDB_OK;
     }
-    uint32_t ulStatus = MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, pcText);
+    uint32_t ulStatus = MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, pcText);
     if (ulStatus == MDB_OK && eMode == Mode::kComparison) {
-        ulStatus = MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, " and ");
+        ulStatus = MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, " and ");
     }
     return ulStatus;
 }
@@ -127,23 +122,23 @@ uint32_t TranslateExpression(MdbTranslation &stT, uint32_t ulIndex, const char *
 
     char acValue[kMdbConditionSize];
     const char *pcOp = p;
-    if (ulIndex == kProtocolInfoProperty) {
+    if (ulIndex == MDB_COL_IDX_PROTOCOL_INFO) {
         return MdbExpressionValue(p, acValue) ? MdbTranslateProtocolInfo(stT, acValue) : MDB_ERR_PARA;
     }
     if (MdbStartsWith(p, g_apcSearchOpStrings[MDB_WORD_CONTAINS])) {
         return MdbExpressionValue(p, acValue) ? MdbTranslateContainment(stT, stCol, acValue) : MDB_ERR_PARA;
     }
-    if (ulIndex == kClassProperty && MdbCmpDerivedOp(&p) == 0) {
+    if (ulIndex == MDB_COL_IDX_CLASS && MdbCmpDerivedOp(&p) == 0) {
         return MdbExpressionValue(p, acValue) ? MdbTranslateClass(stT, acValue) : MDB_ERR_PARA;
     }
-    if (ulIndex == kResolutionProperty) {
+    if (ulIndex == MDB_COL_IDX_RESOLUTION) {
         return MdbExpressionValue(p, acValue) ? MdbTranslateResolution(stT, stCol, pcOp, acValue)
                                               : MDB_ERR_PARA;
     }
-    if (ulIndex == kObjectIdProperty) {
+    if (ulIndex == MDB_COL_IDX_ID) {
         return MdbExpressionValue(p, acValue) ? MdbTranslateObjectId(stT, acValue) : MDB_ERR_PARA;
     }
-    return MdbTranslateComparison(stT, stCol, ulIndex == kDurationProperty, pcOp);
+    return MdbTranslateComparison(stT, stCol, ulIndex == MDB_COL_IDX_DURATION, pcOp);
 }
 
 /* Walk the skeleton: "(" and ")" are copied, "A" and "O" become " and " and " or ", each "_N" is
@@ -187,7 +182,7 @@ uint32_t TranslateSkeleton(MdbTranslation &stT, const MdbSearchSyntax &stSyntax)
         default:
             continue;
         }
-        uint32_t ulStatus = MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, pcText);
+        uint32_t ulStatus = MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, pcText);
         if (ulStatus != MDB_OK) {
             return ulStatus;
         }
@@ -209,7 +204,7 @@ uint32_t AppendContainerClass(MdbTranslation &stT) {
     } else {
         std::snprintf(acCond, sizeof(acCond), "(flags & 127) = %d", static_cast<int>(ulClass));
     }
-    return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, acCond);
+    return MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, acCond);
 }
 
 /* The row or category after the "|" of the copy, when its number is at least 1: cut the copy at
@@ -227,15 +222,13 @@ uint32_t AppendContainerRow(MdbTranslation &stT) {
     if (pcColumn == nullptr) {
         return MDB_OK;
     }
-    char *pcCond = sqlite3_mprintf("%s = '%q'", pcColumn, pcSubId);
-    if (pcCond == nullptr) {
+    MdbSqlText pcCond(sqlite3_mprintf("%s = '%q'", pcColumn, pcSubId));
+    if (!pcCond) {
         return MDB_ERR_MEM;
     }
-    uint32_t ulStatus = std::strlen(pcCond) < kMdbConditionSize
-                            ? MdbSqlJoin(stT.pcWhere, pcCond, g_apcSearchOpStrings[MDB_WORD_AND], stT.ulWhereSize)
-                            : MDB_ERR_PARA;
-    sqlite3_free(pcCond);
-    return ulStatus;
+    return std::strlen(pcCond.get()) < kMdbConditionSize
+               ? MdbSqlJoin(stT.pcWhere, pcCond.get(), g_apcSearchOpStrings[MDB_WORD_AND], stT.ulWhereSize)
+               : MDB_ERR_PARA;
 }
 
 /* The criteria part: "1" for no expression when nothing else restricts, else the translated
@@ -243,14 +236,14 @@ uint32_t AppendContainerRow(MdbTranslation &stT) {
 uint32_t AppendCriteria(MdbTranslation &stT, const MdbSearchSyntax &stSyntax) {
     bool bWhereEmpty = stT.pcWhere[0] == '\0';
     if (stSyntax.lExprNum == 0) {
-        return bWhereEmpty ? MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, "1") : MDB_OK;
+        return bWhereEmpty ? MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, "1") : MDB_OK;
     }
-    uint32_t ulStatus = bWhereEmpty ? MDB_OK : MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, " and (");
+    uint32_t ulStatus = bWhereEmpty ? MDB_OK : MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, " and (");
     if (ulStatus == MDB_OK) {
         ulStatus = TranslateSkeleton(stT, stSyntax);
     }
     if (ulStatus == MDB_OK && !bWhereEmpty) {
-        ulStatus = MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, ")");
+        ulStatus = MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, ")");
     }
     return ulStatus;
 }
@@ -289,35 +282,6 @@ uint32_t CheckCriteria(MdbTranslation &stT, const MdbSearchSyntax &stSyntax) {
 }
 
 }  // namespace
-
-bool MdbExpressionValue(const char *pcFrom, char (&acValue)[kMdbConditionSize]) {
-    acValue[0] = '\0';
-    const char *pcOpen = pcFrom != nullptr ? std::strchr(pcFrom, '"') : nullptr;
-    if (pcOpen == nullptr) {
-        return false;
-    }
-    const char *pcValue = pcOpen + 1;
-    const char *pcClose = std::strchr(pcValue, '"');
-    if (pcClose == nullptr || pcClose[1] != '\0') {
-        return false;
-    }
-    size_t len = static_cast<size_t>(pcClose - pcValue);
-    if (len >= sizeof(acValue)) {
-        return false;
-    }
-    std::memcpy(acValue, pcValue, len);
-    acValue[len] = '\0';
-    return true;
-}
-
-int32_t MdbRelationalOperator(const char *pcOp) {
-    for (uint32_t w = MDB_WORD_EQ; w <= MDB_WORD_GT; ++w) {
-        if (MdbStartsWith(pcOp, g_apcSearchOpStrings[w])) {
-            return static_cast<int32_t>(w);
-        }
-    }
-    return -1;
-}
 
 /* The whole check; see mdb.h. The expression texts are released on every path. */
 extern "C" MDB_API uint32_t MDBSearchCriteriaCheck(const char *pcContainerId, char *pcCopy, uint32_t ulCopySize,

@@ -2,10 +2,12 @@
 // container: a database row below a static container, a category (a genre, an artist, an album)
 // below a category container, or a row inside such a category. The container copy is rewritten
 // to the static container of the value, so that the objects found are listed under it.
+#include "common/text.h"
 #include "search/expression_translation.h"
 #include "search/search_categories.h"
 #include "search/search_words.h"
 #include "search/sql_join.h"
+#include "store/sql_text.h"
 
 #include <mdb.h>
 
@@ -63,19 +65,16 @@ uint32_t CategoryCondition(MdbTranslation &stT, const MdbSearchCategory &stCat, 
     }
 
     const char *pcColumn = MdbSearchContainerColumn(stT.pcCopy);
-    char *pcCat = sqlite3_mprintf("%s = '%q' and (flags & 127) = %d", pcColumn != nullptr ? pcColumn : stCat.acColumn,
-                                  acCategory, static_cast<int>(MdbContainerMediaClass(stT.pcCopy)));
-    if (pcCat == nullptr) {
+    MdbSqlText pcCat(sqlite3_mprintf("%s = '%q' and (flags & 127) = %d",
+                                     pcColumn != nullptr ? pcColumn : stCat.acColumn, acCategory,
+                                     static_cast<int>(MdbContainerMediaClass(stT.pcCopy))));
+    if (!pcCat) {
         return MDB_ERR_MEM;
     }
-    bool bFits = std::strlen(pcCat) < kMdbShortConditionSize;
-    if (bFits) {
-        std::snprintf(acCond, sizeof(acCond), "%s", pcCat);
-    }
-    sqlite3_free(pcCat);
-    if (!bFits) {
+    if (std::strlen(pcCat.get()) >= kMdbShortConditionSize) {
         return MDB_ERR_PARA;
     }
+    std::snprintf(acCond, sizeof(acCond), "%s", pcCat.get());
     if (pcComma != nullptr) {
         char acRow[48];
         std::snprintf(acRow, sizeof(acRow), "id = %lld", llRowId);
@@ -118,7 +117,7 @@ uint32_t MdbTranslateObjectId(MdbTranslation &stT, const char *pcValue) {
         return ulStatus;
     }
     if (pcSubId == nullptr) {
-        return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, "1");
+        return MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, "1");
     }
     char acCond[kMdbConditionSize];
     const MdbSearchCategory *pstCat = MdbFindSearchCategoryContainer(stT.pcCopy);
@@ -126,5 +125,5 @@ uint32_t MdbTranslateObjectId(MdbTranslation &stT, const char *pcValue) {
     if (ulStatus != MDB_OK) {
         return ulStatus;
     }
-    return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, acCond);
+    return MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, acCond);
 }

@@ -1,8 +1,8 @@
 // Translation of protocolInfo criteria: the MIME type after "http-get:*:" and the DLNA profile
 // name after "DLNA.ORG_PN=" are looked up among the profiles of every media format family, and the
 // first match selects the items of that family (MIME type alone) or of exactly that profile.
+#include "common/text.h"
 #include "search/expression_translation.h"
-#include "search/sql_join.h"
 
 #include <mdb.h>
 #include <mdb_platform.h>
@@ -84,5 +84,5 @@ uint32_t MdbTranslateProtocolInfo(MdbTranslation &stT, const char *pcValue) {
             }
         }
     }
-    return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, pcCond.get());
+    return MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, pcCond.get());
 }

@@ -1,37 +1,24 @@
-// The category table of Search and the container-id tests that the translation to SQL uses to
-// find a container's media class, its kind (folder view, top media container, category
-// container) and the DLNA column that names the objects below it.
+// The container-id tests that the translation to SQL uses to find a container's media class, its
+// kind (folder view, top media container, category container) and the DLNA column that names the
+// objects below it; the ids themselves come from the one table of common/tree_ids.h.
 #include "search/search_categories.h"
+
+#include "common/text.h"
 
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 
-const MdbSearchCategory g_astSearchCategories[] = {
-    {4, 11, "0.1.257", "genre_id"},
-    {5, 11, "0.1.258", "artist_id"},
-    {6, 11, "0.1.262", "album_id"},
-    {7, 12, "0.2.513", "artist_id"},
-    {9, 12, "0.2.514", "album_id"},
-};
-const uint32_t g_ulSearchCategoryNum = sizeof(g_astSearchCategories) / sizeof(g_astSearchCategories[0]);
-
 namespace {
 
-/* The number at character position ulPos of pcId, read like atoi (leading blanks, a sign, leading
- * digits; anything else reads 0) but saturated instead of overflowing. false when the id is too
- * short to have that position. */
+/* The number at character position ulPos of pcId, read like atoi but saturated to an int instead
+ * of overflowing. false when the id is too short to have that position. */
 bool NumberAt(const char *pcId, size_t ulPos, long *plNumber) {
     if (pcId == nullptr || std::strlen(pcId) <= ulPos) {
         return false;
     }
-    long lValue = std::strtol(pcId + ulPos, nullptr, 10);
-    if (lValue > INT_MAX) {
-        lValue = INT_MAX;
-    } else if (lValue < INT_MIN) {
-        lValue = INT_MIN;
-    }
-    *plNumber = lValue;
+    const long long llValue = MdbReadDecimal(pcId + ulPos).Saturated();
+    *plNumber = llValue > INT_MAX ? INT_MAX : llValue < INT_MIN ? INT_MIN : static_cast<long>(llValue);
     return true;
 }
 
@@ -85,19 +72,36 @@ const char *MdbSearchContainerColumn(const char *pcContainerId) {
 
 uint32_t MdbContainerMediaClass(const char *pcContainerId) {
     long lNumber;
-    if (!NumberAt(pcContainerId, 2, &lNumber)) {
+    if (!NumberAt(pcContainerId, 2, &lNumber) || lNumber < 0 || lNumber > 100) {
         return 0;
     }
-    long lClass = lNumber + 10;
-    return (lClass >= 11 && lClass <= 13) ? static_cast<uint32_t>(lClass) : 0;
+    const uint32_t ulClass = static_cast<uint32_t>(lNumber) + 10;
+    return MdbMediaContainersOfClass(ulClass) != nullptr ? ulClass : 0;
 }
 
-bool MdbIsFolderContainer(const char *pcContainerId) {
+namespace {
+
+/* True when the number at the fifth character of pcContainerId is the one at the same place of
+ * the id that pcMember picks from one of the media containers. */
+bool IsOneOf(const char *pcContainerId, const char *(*pfnMember)(const MdbMediaContainers &)) {
     long lNumber;
-    return NumberAt(pcContainerId, 4, &lNumber) && (lNumber == 264 || lNumber == 516 || lNumber == 771);
+    if (!NumberAt(pcContainerId, 4, &lNumber)) {
+        return false;
+    }
+    for (const MdbMediaContainers &stContainers : g_astMdbMediaContainers) {
+        if (MdbReadDecimal(pfnMember(stContainers) + 4).Saturated() == lNumber) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+bool MdbIsFolderContainer(const char *pcContainerId) {
+    return IsOneOf(pcContainerId, [](const MdbMediaContainers &c) -> const char * { return c.acFolders; });
 }
 
 bool MdbIsTopMediaContainer(const char *pcContainerId) {
-    long lNumber;
-    return NumberAt(pcContainerId, 4, &lNumber) && (lNumber == 256 || lNumber == 512 || lNumber == 768);
+    return IsOneOf(pcContainerId, [](const MdbMediaContainers &c) -> const char * { return c.acAllItems; });
 }

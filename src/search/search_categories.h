@@ -1,21 +1,11 @@
-// The category containers that Search can list (genres, artists, albums of music and video), and
-// the tests that read a media class or a container kind from the fixed positions of a container
-// id. Internal to the search subsystem.
+// Lookups in the category containers that Search can list (genres, artists, albums of music and
+// video; the table is common/tree_ids.h), and the tests that read a media class or a container
+// kind from the fixed positions of a container id. Internal to the search subsystem.
 #pragma once
 
+#include "common/tree_ids.h"
+
 #include <cstdint>
-
-// One category container: the class of the category objects it lists, the class of the items they
-// group, its static id and the DLNA view column that holds an item's category id.
-struct MdbSearchCategory {
-    uint32_t ulClass;
-    uint32_t ulMediaClass;
-    char acContainerId[16];
-    char acColumn[16];
-};
-
-extern const MdbSearchCategory g_astSearchCategories[];
-extern const uint32_t g_ulSearchCategoryNum;
 
 // The media class of the first category record of class ulClass (compared as 16 bits) whose
 // container id pcContainerId begins with; 0 when there is none.

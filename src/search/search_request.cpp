@@ -2,7 +2,7 @@
 // clause, and runs the count and the paged select on the DLNA view, whose rows the item writer or,
 // for genre, artist and album results, the category writer turn into DIDL-Lite objects.
 #include "common/paged_select.h"
-#include "search/sql_join.h"
+#include "common/tree_ids.h"
 
 #include <mdb.h>
 #include <mdb_platform.h>
@@ -16,20 +16,17 @@ constexpr uint32_t kContainerCopySize = 256;
 constexpr uint32_t kWhereSize = 512;
 constexpr uint32_t kStatementSize = 512;
 
-/* The column pair that a category result lists, or NULL for item results. */
-const char *CategoryColumns(uint32_t ulResultClass) {
-    switch (ulResultClass) {
-    case 4:
-        return "genre_id,genre";
-    case 5:
-    case 7:
-        return "artist_id,artist";
-    case 6:
-    case 9:
-        return "album_id,album";
-    default:
-        return nullptr;
+/* The column pair that a category result of class ulResultClass lists ("genre_id,genre"), or NULL
+ * for item results. */
+const char *CategoryColumns(uint32_t ulResultClass, char (&acColumns)[40]) {
+    for (uint32_t i = 0; i < g_ulSearchCategoryNum; ++i) {
+        const MdbSearchCategory &stCat = g_astSearchCategories[i];
+        if (stCat.ulClass == ulResultClass) {
+            std::snprintf(acColumns, sizeof(acColumns), "%s,%s", stCat.acColumn, stCat.acNameColumn);
+            return acColumns;
+        }
     }
+    return nullptr;
 }
 
 /* Format the paged select into acSql; false when it would not fit (it is never cut). */
@@ -72,7 +69,8 @@ extern "C" MDB_API uint32_t QRV_MDB_DbSearch(sqlite3 *pstDb, MdbActionCtx *pstAc
         std::snprintf(pstAction->pcObjectId, kContainerCopySize, "%s", pcCopy);
     }
 
-    const char *pcCategory = CategoryColumns(ulResultClass);
+    char acColumns[40];
+    const char *pcCategory = CategoryColumns(ulResultClass, acColumns);
     char acSql[kStatementSize];
     if (!FormatSelect(acSql, pcCategory != nullptr ? pcCategory : "*", pcCategory != nullptr, acWhere, *pstAction)) {
         return MDB_ERR_PARA;

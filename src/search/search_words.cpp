@@ -1,5 +1,4 @@
-// The search language's words, the four operator recognizers that the property table points at,
-// and the bounded text append used to build every criteria and SQL text of the search subsystem.
+// The search language's words and the four operator recognizers that the property table points at.
 #include "search/search_words.h"
 
 #include <mdb.h>
@@ -69,24 +68,4 @@ extern "C" MDB_API int32_t MdbCmpStringOp(const char **ppcCursor) {
 /* Class operators: "=", then "derivedfrom". */
 extern "C" MDB_API int32_t MdbCmpDerivedOp(const char **ppcCursor) {
     return MatchWordRange(ppcCursor, MDB_WORD_STRING_EQ, MDB_WORD_DERIVEDFROM);
-}
-
-/* Append as much of pcSrc to pcDst as fits in ulSize bytes, always leaving a NUL. Nothing happens
- * when either text is NULL or pcDst is already not shorter than ulSize. Returns pcDst. */
-extern "C" MDB_API char *MdbStrAppend(char *pcDst, uint32_t ulSize, const char *pcSrc) {
-    if (pcDst == nullptr || pcSrc == nullptr) {
-        return pcDst;
-    }
-    size_t used = strnlen(pcDst, ulSize);
-    if (used >= ulSize) {
-        return pcDst;
-    }
-    size_t room = ulSize - used - 1;
-    size_t n = std::strlen(pcSrc);
-    if (n > room) {
-        n = room;
-    }
-    std::memcpy(pcDst + used, pcSrc, n);
-    pcDst[used + n] = '\0';
-    return pcDst;
 }

@@ -1,12 +1,8 @@
-// Whole-or-nothing appends for SQL texts built in fixed buffers. An SQL text is never cut: a piece
-// that does not fit is refused and the text stays as it was. Internal to the search subsystem.
+// Joining conditions of a WHERE text with "and" or "or", whole or not at all: a piece that does not
+// fit is refused and the text stays as it was. Internal to the search subsystem.
 #pragma once
 
 #include <cstdint>
-
-// Append pcPiece to the ulSize-byte text pcDst when all of it fits with the NUL. MDB_OK, or
-// MDB_ERR_PARA with pcDst unchanged; MDB_ERR_FAIL for NULL texts.
-uint32_t MdbSqlAppend(char *pcDst, uint32_t ulSize, const char *pcPiece);
 
 // Join pcPiece to pcDst: for the word "and" or "or" (exactly), " word " goes before the piece when
 // pcDst is not empty; for any other word only the piece is appended. MDB_ERR_FAIL for a NULL text,

@@ -1,19 +1,18 @@
 // Translations of expressions whose value is compared with one DLNA view column: containment (SQL
 // LIKE), relational comparison (the value as an SQL string literal, or a duration in
-// microseconds) and resolution ("WxH" as the column's packed number).
+// microseconds) and resolution ("WxH" as the column's packed number); and the two readers every
+// translation takes an expression apart with (its quoted value, its relational operator).
 //
 // A client's value is only ever written as a single-quoted literal with its quotes doubled, never
 // in double quotes: SQLite reads a double-quoted text that names a column as that column, so
 // dc:title = "title" would compare every row's title with itself.
+#include "common/text.h"
 #include "search/expression_translation.h"
 #include "search/search_words.h"
-#include "search/sql_join.h"
-
 #include "store/sql_text.h"
 
 #include <mdb.h>
 
-#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -30,37 +29,64 @@ uint32_t AppendCondition(MdbTranslation &stT, const char *pcCond, uint32_t ulSiz
     if (std::strlen(pcCond) >= ulSize) {
         return MDB_ERR_PARA;
     }
-    return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, pcCond);
+    return MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, pcCond);
 }
 
 /* Read a decimal int as "%d" does (blanks, sign, digits) at *ppc and move past it. false when no
  * digit is there or the number does not fit an int. */
 bool ReadInt(const char **ppc, int *plValue) {
-    char *pcEnd = nullptr;
-    errno = 0;
-    long lValue = std::strtol(*ppc, &pcEnd, 10);
-    if (pcEnd == *ppc || errno == ERANGE || lValue > INT_MAX || lValue < INT_MIN) {
+    const MdbDecimal stNumber = MdbReadDecimal(*ppc);
+    const long long llValue = stNumber.Saturated();
+    if (!stNumber.bDigits || !stNumber.FitsSigned() || llValue > INT_MAX || llValue < INT_MIN) {
         return false;
     }
-    *plValue = static_cast<int>(lValue);
-    *ppc = pcEnd;
+    *plValue = static_cast<int>(llValue);
+    *ppc = stNumber.pcEnd;
     return true;
 }
 
 /* Read an unsigned decimal as "%llu" does (blanks, sign, digits; a minus sign negates modulo 2^64)
  * at *ppc and move past it. */
 bool ReadUnsigned(const char **ppc, unsigned long long *pullValue) {
-    char *pcEnd = nullptr;
-    unsigned long long ullValue = std::strtoull(*ppc, &pcEnd, 10);
-    if (pcEnd == *ppc) {
+    const MdbDecimal stNumber = MdbReadDecimal(*ppc);
+    if (!stNumber.bDigits) {
         return false;
     }
-    *pullValue = ullValue;
-    *ppc = pcEnd;
+    *pullValue = stNumber.Unsigned();
+    *ppc = stNumber.pcEnd;
     return true;
 }
 
 }  // namespace
+
+bool MdbExpressionValue(const char *pcFrom, char (&acValue)[kMdbConditionSize]) {
+    acValue[0] = '\0';
+    const char *pcOpen = pcFrom != nullptr ? std::strchr(pcFrom, '"') : nullptr;
+    if (pcOpen == nullptr) {
+        return false;
+    }
+    const char *pcValue = pcOpen + 1;
+    const char *pcClose = std::strchr(pcValue, '"');
+    if (pcClose == nullptr || pcClose[1] != '\0') {
+        return false;
+    }
+    size_t len = static_cast<size_t>(pcClose - pcValue);
+    if (len >= sizeof(acValue)) {
+        return false;
+    }
+    std::memcpy(acValue, pcValue, len);
+    acValue[len] = '\0';
+    return true;
+}
+
+int32_t MdbRelationalOperator(const char *pcOp) {
+    for (uint32_t w = MDB_WORD_EQ; w <= MDB_WORD_GT; ++w) {
+        if (MdbStartsWith(pcOp, g_apcSearchOpStrings[w])) {
+            return static_cast<int32_t>(w);
+        }
+    }
+    return -1;
+}
 
 uint32_t MdbTranslateContainment(MdbTranslation &stT, const MdbDlnaCol &stCol, const char *pcValue) {
     // "%" and "_" of the value match themselves: they, and the escape character, are escaped, and
@@ -132,7 +158,7 @@ uint32_t MdbTranslateComparison(MdbTranslation &stT, const MdbDlnaCol &stCol, bo
     int32_t lOp = MdbRelationalOperator(pcOp);
     if (lOp < 0) {
         // Not one of the six relational operators: the expression cannot restrict, keep every row.
-        return MdbSqlAppend(stT.pcWhere, stT.ulWhereSize, "1");
+        return MdbAppendWhole(stT.pcWhere, stT.ulWhereSize, "1");
     }
     char acValue[kMdbConditionSize];
     if (!MdbExpressionValue(pcOp, acValue)) {

@@ -3,6 +3,8 @@
 // caller's storage; a query that finds no row leaves that storage as it was.
 #include "store/item_queries.h"
 
+#include "common/text.h"
+
 #include <mdb_platform.h>
 
 #include <cstdio>
@@ -13,20 +15,9 @@ namespace {
 
 constexpr size_t kSqlSize = 512;
 
-// Copies pcValue (NULL is "") into the ulSize-byte buffer, cut to ulSize - 1 characters. A
-// buffer size of 0 leaves the buffer alone: there is no room even for the NUL.
-void CopyCut(char *pcDst, size_t ulSize, const char *pcValue) {
-    if (pcDst == nullptr || ulSize == 0) {
-        return;
-    }
-    size_t ulLen = pcValue != nullptr ? std::strlen(pcValue) : 0;
-    if (ulLen > ulSize - 1) {
-        ulLen = ulSize - 1;
-    }
-    if (ulLen > 0) {
-        std::memcpy(pcDst, pcValue, ulLen);
-    }
-    pcDst[ulLen] = '\0';
+// pcValue (NULL is "") into the ulSize-byte buffer, cut to ulSize - 1 characters.
+void CopyValue(char *pcDst, size_t ulSize, const char *pcValue) {
+    MdbCopyCut(pcDst, ulSize, pcValue != nullptr ? pcValue : "");
 }
 
 uint32_t ToU32(const char *pcValue) { return static_cast<uint32_t>(std::strtoul(pcValue, nullptr, 10)); }
@@ -46,7 +37,7 @@ int MdbGetItemInfoCallback(void *pvArg, int lColNum, char **ppcValues, char **pp
     if (pstOut == nullptr || lColNum < 3 || ppcValues == nullptr) {
         return 0;
     }
-    CopyCut(pstOut->pcFileName, pstOut->ulFileNameSize, ppcValues[0]);
+    CopyValue(pstOut->pcFileName, pstOut->ulFileNameSize, ppcValues[0]);
     if (pstOut->pulFlags != nullptr) {
         *pstOut->pulFlags = ppcValues[1] != nullptr ? ToU32(ppcValues[1]) : 0;
     }
@@ -90,17 +81,17 @@ int MdbGetItemDetailCallback(void *pvArg, int lColNum, char **ppcValues, char **
         case 0: pstDetail->llId = ToS64(pcValue); break;
         case 1: pstDetail->llParentId = ToS64(pcValue); break;
         case 2: pstDetail->ulFlags = ToU32(pcValue); break;
-        case 3: CopyCut(pstDetail->acTitle, sizeof pstDetail->acTitle, pcValue); break;
-        case 4: CopyCut(pstDetail->acFileName, sizeof pstDetail->acFileName, pcValue); break;
+        case 3: CopyValue(pstDetail->acTitle, sizeof pstDetail->acTitle, pcValue); break;
+        case 4: CopyValue(pstDetail->acFileName, sizeof pstDetail->acFileName, pcValue); break;
         case 5: pstDetail->ullSize = ToU64(pcValue); break;
-        case 6: CopyCut(pstDetail->acDate, sizeof pstDetail->acDate, pcValue); break;
+        case 6: CopyValue(pstDetail->acDate, sizeof pstDetail->acDate, pcValue); break;
         case 7: pstDetail->ulBitsPerSample = ToU32(pcValue); break;
         case 8: pstDetail->ullDuration = ToU64(pcValue); break;
         case 9: pstDetail->ulNrAudioChannels = ToU32(pcValue); break;
         case 10: pstDetail->ullResolution = ToU64(pcValue); break;
         case 11: pstDetail->ulSampleFrequency = ToU32(pcValue); break;
         case 12: pstDetail->ulBitrate = ToU32(pcValue); break;
-        case 13: CopyCut(pstDetail->acLastModify, sizeof pstDetail->acLastModify, pcValue); break;
+        case 13: CopyValue(pstDetail->acLastModify, sizeof pstDetail->acLastModify, pcValue); break;
         case 14: pstDetail->ulOriginalTrackNumber = ToU32(pcValue); break;
         default: *apllExIds[lCol - 15] = ToS64(pcValue); break;
         }

@@ -29,6 +29,16 @@ uint32_t RunChange(sqlite3 *pstDb, const char *pcSql) {
     return MdbExecSql(pstDb, pcSql, nullptr, nullptr, nullptr) == SQLITE_OK ? MDB_OK : MDB_ERR_DB;
 }
 
+/* "delete from ITEM where <column>=<value>": MDB_ERR_PARA without a connection, else as RunChange. */
+uint32_t DeleteWhere(sqlite3 *pstDb, const char *pcColumn, long long llValue) {
+    if (pstDb == nullptr) {
+        return MDB_ERR_PARA;
+    }
+    char acSql[kSqlSize];
+    std::snprintf(acSql, sizeof acSql, "delete from ITEM where %s=%lld", pcColumn, llValue);
+    return RunChange(pstDb, acSql);
+}
+
 }  // namespace
 
 /* Insert a row with the 23 values (SQLite assigns the id). Title and file name are required.
@@ -132,23 +142,11 @@ uint32_t QRV_MDB_DbUpdateItem(sqlite3 *pstDb, long long llId, const long long *p
 }
 
 /* Delete exactly row llId (not its children, no file). A missing id is no error. */
-uint32_t QRV_MDB_DbDelItem(sqlite3 *pstDb, long long llId) {
-    if (pstDb == nullptr) {
-        return MDB_ERR_PARA;
-    }
-    char acSql[kSqlSize];
-    std::snprintf(acSql, sizeof acSql, "delete from ITEM where id=%lld", llId);
-    return RunChange(pstDb, acSql);
-}
+uint32_t QRV_MDB_DbDelItem(sqlite3 *pstDb, long long llId) { return DeleteWhere(pstDb, "id", llId); }
 
 /* Delete the direct children of folder llParentId (not deeper descendants). */
 uint32_t QRV_MDB_DbDelSubItem(sqlite3 *pstDb, long long llParentId) {
-    if (pstDb == nullptr) {
-        return MDB_ERR_PARA;
-    }
-    char acSql[kSqlSize];
-    std::snprintf(acSql, sizeof acSql, "delete from ITEM where parentID=%lld", llParentId);
-    return RunChange(pstDb, acSql);
+    return DeleteWhere(pstDb, "parentID", llParentId);
 }
 
 /* Id of the child of llParentId named pcFileName into *pllId (not preset: untouched when no row

@@ -9,6 +9,8 @@
 #include <mdb.h>
 #include <mdb_platform.h>
 
+#include "common/tree_ids.h"
+#include "common/url_base.h"
 #include "common/xml_text.h"
 #include "store/write_transaction.h"
 
@@ -21,12 +23,6 @@
 #include <ctime>
 
 namespace {
-
-// Positions of the property table whose attribute names the answer's item carries.
-constexpr uint32_t kColId = 0;
-constexpr uint32_t kColParentId = 1;
-constexpr uint32_t kColRestricted = 23;
-constexpr uint32_t kColManaged = 30;
 
 bool IsControlChar(unsigned char c) { return c < 0x20 || c == 0x7f; }
 
@@ -44,22 +40,6 @@ bool HasOnlyNameChars(const char *pcText) {
  * '.' (which also rules out "." and ".."), no path separator, no control character. */
 bool IsSafeTitle(const char *pcTitle) {
     return pcTitle != nullptr && pcTitle[0] != '\0' && pcTitle[0] != '.' && HasOnlyNameChars(pcTitle);
-}
-
-/* The object id prefix of an uploaded item's class number, or NULL for a class that cannot be
- * uploaded: music and picture items are listed below their folder containers, video items below
- * the all-video container. */
-const char *ObjectIdPrefix(uint32_t ulClass) {
-    switch (ulClass) {
-    case MDB_CLASS_MUSIC:
-        return "0.1.264";
-    case MDB_CLASS_VIDEO:
-        return "0.2.512";
-    case MDB_CLASS_PICTURE:
-        return "0.3.771";
-    default:
-        return nullptr;
-    }
 }
 
 /* The id of the "upload" folder below the first root folder; the root's own id when it has no
@@ -111,23 +91,6 @@ uint32_t AddRow(sqlite3 *pstDb, long long llFolderId, uint32_t ulFlags, const ch
                              0, 0, 0, 0, 0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, pllNewId);
 }
 
-/* "http://address:port" of the file server for the request's address family; empty for other
- * families and while the server has no address. */
-void FormatUrlBase(uint32_t ulAddrFamily, char *pcBase, size_t ulSize) {
-    memset(pcBase, 0, ulSize);
-    if (ulAddrFamily == 2) {
-        const char *pcAddr = UpnpGetServerIpAddress();
-        if (pcAddr != nullptr) {
-            snprintf(pcBase, ulSize, "http://%s:%d", pcAddr, UpnpGetFileServerPort());
-        }
-    } else if (ulAddrFamily == 10) {
-        const char *pcAddr = UpnpGetServerIp6Address();
-        if (pcAddr != nullptr) {
-            snprintf(pcBase, ulSize, "http://[%s]:%d", pcAddr, UpnpGetFileServerPort6());
-        }
-    }
-}
-
 /* Set an attribute named by a property table entry, when the table has that entry. */
 void SetColumnAttribute(IXML_Element *pstElement, uint32_t ulCol, const char *pcValue) {
     if (ulCol < g_ulNumOfDlnaCols && pcValue != nullptr) {
@@ -143,10 +106,10 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
     QRV_MDB_XmlAppendChildElement(pstObj->pstDoc, pstObj->pstDidlRoot, "item", nullptr, &pstItem);
     pstObj->pstItem = pstItem;
     if (pstItem != nullptr) {
-        SetColumnAttribute(pstItem, kColId, pstObj->pcObjectId);
-        SetColumnAttribute(pstItem, kColParentId, pstObj->pcParentId);
-        SetColumnAttribute(pstItem, kColRestricted, "0");
-        SetColumnAttribute(pstItem, kColManaged, "4");
+        SetColumnAttribute(pstItem, MDB_COL_IDX_ID, pstObj->pcObjectId);
+        SetColumnAttribute(pstItem, MDB_COL_IDX_PARENT, pstObj->pcParentId);
+        SetColumnAttribute(pstItem, MDB_COL_IDX_RESTRICTED, "0");
+        SetColumnAttribute(pstItem, MDB_COL_IDX_MANAGED, "4");
     }
     pstObj->pstDidlRoot = reinterpret_cast<IXML_Element *>(
         ixmlNode_getFirstChild(reinterpret_cast<IXML_Node *>(pstObj->pstDidlRoot)));
@@ -171,7 +134,7 @@ void BuildAnswer(MdbNewObject *pstObj, long long llNewId) {
         MdbXmlSetAttribute(pstRes, "dlna:ifoFileURI", pstObj->pcIfoFileUri);
     }
     char acBase[256];
-    FormatUrlBase(pstObj->ulAddrFamily, acBase, sizeof acBase);
+    MdbFormatUrlBase(pstObj->ulAddrFamily, acBase, sizeof acBase);
     // The import URL is cut at 127 characters, the size of its buffer.
     char acImportUri[128];
 #pragma GCC diagnostic push
@@ -198,10 +161,13 @@ uint32_t QRV_MDB_CreateObject(MdbNewObject *pstObj) {
         !IsSafeTitle(pstObj->pcTitle) || pstObj->pcSuffix == nullptr || !HasOnlyNameChars(pstObj->pcSuffix)) {
         return kFailed;
     }
-    const char *pcPrefix = ObjectIdPrefix(pstObj->ulFlags & MDB_FLAGS_CLASS_MASK);
-    if (pcPrefix == nullptr) {
+    // Music and picture items are listed below their folder containers, video items below the
+    // all-video container; other classes cannot be uploaded.
+    const MdbMediaContainers *pstContainers = MdbMediaContainersOfClass(pstObj->ulFlags & MDB_FLAGS_CLASS_MASK);
+    if (pstContainers == nullptr) {
         return kFailed;
     }
+    const char *pcPrefix = pstContainers->acUploads;
 
     sqlite3 *pstDb = g_pstMdbCtx;
     const long long llFolderId = FindUploadFolder(pstDb);

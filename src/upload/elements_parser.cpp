@@ -5,41 +5,16 @@
 
 #include "upload/elements_parser.h"
 
+#include "common/text.h"
+
 #include <mdb_platform.h>
 
-#include <cctype>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 namespace {
-
-/* Read a decimal the way atoi does (leading blanks, an optional sign, then digits; text without
- * digits reads 0), but saturating at the limits of long long instead of overflowing. */
-long long LeadingDecimal(const char *pcText) {
-    const char *p = pcText;
-    while (*p != '\0' && isspace(static_cast<unsigned char>(*p))) {
-        ++p;
-    }
-    bool negative = false;
-    if (*p == '+' || *p == '-') {
-        negative = (*p == '-');
-        ++p;
-    }
-    unsigned long long value = 0;
-    const unsigned long long limit = negative ? static_cast<unsigned long long>(LLONG_MAX) + 1u
-                                              : static_cast<unsigned long long>(LLONG_MAX);
-    for (; isdigit(static_cast<unsigned char>(*p)); ++p) {
-        const unsigned digit = static_cast<unsigned>(*p - '0');
-        value = (value > (limit - digit) / 10u) ? limit : value * 10u + digit;
-    }
-    if (!negative) {
-        return static_cast<long long>(value);
-    }
-    return value == limit ? LLONG_MIN : -static_cast<long long>(value);
-}
 
 /* Store a heap copy of pcValue in *ppcField. -1 when the copy cannot be made. */
 int32_t StoreCopy(char **ppcField, const char *pcValue) {
@@ -57,13 +32,6 @@ void CutAt(char *pcText, const char *pcParam) {
     if (pcFound != nullptr) {
         *pcFound = '\0';
     }
-}
-
-/* Copy at most ulSize - 1 characters of the view into pcBuf and terminate it. */
-void CopyCut(char *pcBuf, uint32_t ulSize, std::string_view svText) {
-    const size_t len = svText.size() < ulSize - 1u ? svText.size() : ulSize - 1u;
-    memcpy(pcBuf, svText.data(), len);
-    pcBuf[len] = '\0';
 }
 
 }  // namespace
@@ -128,7 +96,7 @@ int32_t MdbParseDlnaManaged(MdbNewObject *pstObj) {
     if (acValue[0] == '\0') {
         return 0;
     }
-    const long long llManaged = LeadingDecimal(acValue);
+    const long long llManaged = MdbReadDecimal(acValue).Saturated();
     return (llManaged == 0 || llManaged == 1 || llManaged == 4 || llManaged == 5) ? 0 : -1;
 }
 
@@ -180,7 +148,7 @@ int32_t MdbParseSize(MdbNewObject *pstObj) {
     if (acValue[0] == '\0') {
         return 0;
     }
-    if (LeadingDecimal(acValue) < 0) {
+    if (MdbReadDecimal(acValue).Saturated() < 0) {
         return -1;
     }
     return StoreCopy(&pstObj->pcSize, acValue);
@@ -231,7 +199,7 @@ int32_t MdbParseProfile(MdbNewObject *pstObj) {
     std::string_view svMime = svInfo.substr(secondColon + 1, thirdColon - secondColon - 1);
     svMime = svMime.substr(0, svMime.find(';'));
     char acMime[32];
-    CopyCut(acMime, sizeof acMime, svMime);
+    MdbCopyCut(acMime, sizeof acMime, svMime);
 
     char acProfile[32] = "";
     const std::string_view svParams = svInfo.substr(thirdColon + 1);
@@ -240,7 +208,7 @@ int32_t MdbParseProfile(MdbNewObject *pstObj) {
     if (pnPos != std::string_view::npos) {
         std::string_view svProfile = svParams.substr(pnPos + kPnParam.size());
         svProfile = svProfile.substr(0, svProfile.find(';'));
-        CopyCut(acProfile, sizeof acProfile, svProfile);
+        MdbCopyCut(acProfile, sizeof acProfile, svProfile);
     }
 
     pstObj->pcSuffix = nullptr;

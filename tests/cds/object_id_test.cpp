@@ -109,16 +109,6 @@ TEST(ObjectId, ParseSegmentSplitsTheFirstNumber) {
     EXPECT_EQ(MdbParseIdSegment(nullptr, &rest, &number), MDB_ERR_NOT_FOUND);
 }
 
-TEST(ObjectId, LeadingNumberReadsLikeAtoiWithoutOverflow) {
-    EXPECT_EQ(MdbReadLeadingNumber("42abc"), 42u);
-    EXPECT_EQ(MdbReadLeadingNumber("  7"), 7u);
-    EXPECT_EQ(MdbReadLeadingNumber("x1"), 0u);
-    EXPECT_EQ(MdbReadLeadingNumber(""), 0u);
-    EXPECT_EQ(static_cast<uint16_t>(MdbReadLeadingNumber("-1")), 65535u);
-    // 2^32 + 1 wraps to 1 instead of being undefined.
-    EXPECT_EQ(MdbReadLeadingNumber("4294967297"), 1u);
-}
-
 TEST(ObjectId, WritesIdsIntoBuffersOfEverySize) {
     const MdbStaticContainer *genres = nullptr;
     ASSERT_EQ(MdbLocateStaticContainerById("0.1.257", &genres, nullptr), MDB_OK);

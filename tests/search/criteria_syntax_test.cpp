@@ -170,28 +170,6 @@ TEST(CriteriaSyntax, ExportedHelpers) {
     }
     EXPECT_EQ(spaces, "\t\n\v\f\r ");
 
-    // MdbStrAppend never writes at or beyond the size and leaves an unterminated buffer alone.
-    struct {
-        const char *start;
-        uint32_t size;
-        const char *src, *result;
-    } cases[] = {{"ab", 8, "cd", "abcd"},
-                 {"ab", 5, "cdef", "abcd"},
-                 {"ab", 3, "cd", "ab"},
-                 {"", 1, "cd", ""},
-                 {"abc", 8, nullptr, "abc"}};
-    for (const auto &c : cases) {
-        char buf[16];
-        std::memset(buf, '#', sizeof(buf));
-        std::strcpy(buf, c.start);
-        EXPECT_EQ(MdbStrAppend(buf, c.size, c.src), buf);
-        EXPECT_STREQ(buf, c.result);
-        EXPECT_EQ(buf[c.size], '#') << "written beyond the size";
-    }
-    char full[4] = {'a', 'b', 'c', 'd'};
-    MdbStrAppend(full, 4, "x");
-    EXPECT_EQ(std::string(full, 4), "abcd");
-    EXPECT_EQ(MdbStrAppend(nullptr, 4, "x"), nullptr);
 }
 
 }  // namespace
