@@ -1,6 +1,7 @@
 // The Search request: checks the criteria, translates them with the search container into a WHERE
 // clause, and runs the count and the paged select on the DLNA view, whose rows the item writer or,
 // for genre, artist and album results, the category writer turn into DIDL-Lite objects.
+#include "cds/item_writer.h"
 #include "common/paged_select.h"
 #include "common/tree_ids.h"
 
@@ -103,11 +104,7 @@ extern "C" MDB_API uint32_t QRV_MDB_Search(const char *pcContainerId, const char
         std::snprintf(acCopy, sizeof(acCopy), "%s", pcContainerId) >= static_cast<int>(sizeof(acCopy))) {
         return MDB_ERR_PARA;
     }
-    MdbItemBuildCtx stBuild;
-    std::memset(&stBuild, 0, sizeof(stBuild));
-    stBuild.pstAction = pstAction;
-    stBuild.pcBaseId = acCopy;
-    stBuild.llLastId = -1;
+    MdbItemBuildCtx stBuild = MdbMakeItemBuildCtx(nullptr, pstAction, acCopy, 0);
     return QRV_MDB_DbSearch(g_pstMdbCtx, pstAction, 0, 0, pcCriteria, acCopy, sizeof(acCopy), MdbBuildItemCallback,
                             &stBuild, &pstAction->ulTotalMatches);
 }
