@@ -252,6 +252,12 @@ MDB_API uint32_t QRV_MDB_BuildMetadataForStaticContainer(const MdbStaticContaine
  * properties and the "res" element; counts ulNumberReturned up to ulRequestedCount. Returns 0. */
 MDB_API int MdbBuildItemCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);
 
+/* The protocolInfo that an item's res element carries, for its flags word (its DLNA profile and
+ * media family), into pcBuf (ulSize bytes, cut there): what a file server says of the same item
+ * in contentFeatures.dlna.org. MDB_ERR_NOT_FOUND (and an empty text) when no profile has that id,
+ * MDB_ERR_PARA without a buffer. */
+MDB_API uint32_t QRV_MDB_GetProtocolInfo(uint32_t ulFlags, char *pcBuf, uint32_t ulSize);
+
 /* Row callback of Search over (category id, name) rows (pvArg the Search's MdbItemBuildCtx):
  * writes values as containers of the action's ObjectID container, counts every value. */
 MDB_API int MdbBuildSearchCategoryCallback(void *pvArg, int lColNum, char **ppcValues, char **ppcNames);

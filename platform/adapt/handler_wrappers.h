@@ -17,4 +17,19 @@ uint32_t WithMediaClass(const MdbStaticContainer *pstNode, const char *pcSubId, 
     return Handler(pstNode, pcSubId, ulBrowseFlag, pstAction, pstNode != nullptr ? pstNode->usAdaptData : 0);
 }
 
+// What a container of the tree lists, told by its handler: for a media server that pages and sorts
+// around the library (lists held in memory ignore StartingIndex; a folder's tracks and an album's
+// tracks are wanted in different orders).
+enum class HandlerKind {
+    kNone,      // no handler: cannot be browsed
+    kStatic,    // static children only
+    kFolders,   // the shared roots, and below them the folder tree
+    kAllItems,  // every item of the media class
+    kGenres,    // genre values, and the items of a genre
+    kArtists,   // artist (creator) values, and the items of one
+    kAlbums,    // album values, and the items of one
+};
+
+HandlerKind KindOfHandler(MdbContainerHandler pfnBrowse);
+
 } // namespace mdbadapt

@@ -106,3 +106,17 @@ void MdbAppendResElement(MdbItemBuildCtx *pstCtx, char **ppcValues, uint32_t ulF
         MdbXmlSetAttribute(pstRes, "importUri", acText);
     }
 }
+
+/* The protocolInfo of an item whose flags word is ulFlags, exactly as its res element carries it. */
+extern "C" MDB_API uint32_t QRV_MDB_GetProtocolInfo(uint32_t ulFlags, char *pcBuf, uint32_t ulSize) {
+    if (pcBuf == nullptr || ulSize == 0) {
+        return MDB_ERR_PARA;
+    }
+    pcBuf[0] = '\0';
+    const MdbDlnaProfile *pstProfile = QRV_DLNA_GetProfileByProfileId(ulFlags);
+    if (pstProfile == nullptr) {
+        return MDB_ERR_NOT_FOUND;
+    }
+    MdbFormatProtocolInfo(pstProfile, ulFlags, pcBuf, ulSize);
+    return MDB_OK;
+}

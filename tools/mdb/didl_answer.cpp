@@ -1,4 +1,4 @@
-// Building and printing DIDL-Lite answers. The indented form is written by walking the ixml tree,
+// Printing DIDL-Lite answers. The indented form is written by walking the ixml tree,
 // escaping text and attribute values as XML requires, so that it parses like the compact form.
 #include "didl_answer.h"
 
@@ -91,43 +91,11 @@ std::string ChildText(IXML_Node *node, const char *name) {
 
 }  // namespace
 
-DidlAnswer::DidlAnswer() {
-    m_doc = ixmlDocument_createDocument();
-    if (m_doc == nullptr) {
-        return;
-    }
-    m_root = ixmlDocument_createElement(m_doc, "DIDL-Lite");
-    if (m_root == nullptr) {
-        return;
-    }
-    ixmlElement_setAttribute(m_root, "xmlns", "urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/");
-    ixmlElement_setAttribute(m_root, "xmlns:dc", "http://purl.org/dc/elements/1.1/");
-    ixmlElement_setAttribute(m_root, "xmlns:upnp", "urn:schemas-upnp-org:metadata-1-0/upnp/");
-    ixmlElement_setAttribute(m_root, "xmlns:dlna", "urn:schemas-dlna-org:metadata-1-0/");
-    ixmlNode_appendChild(reinterpret_cast<IXML_Node *>(m_doc), AsNode(m_root));
-}
-
-DidlAnswer::~DidlAnswer() {
-    if (m_doc != nullptr) {
-        ixmlDocument_free(m_doc);
-    }
-}
-
 std::string DidlAnswer::Indented() const {
     std::string out;
-    if (m_root != nullptr) {
-        AppendElement(out, AsNode(m_root), 0);
+    if (root() != nullptr) {
+        AppendElement(out, AsNode(root()), 0);
     }
-    return out;
-}
-
-std::string DidlAnswer::Compact() const {
-    if (m_root == nullptr) {
-        return std::string();
-    }
-    DOMString text = ixmlNodetoString(AsNode(m_root));
-    std::string out = text != nullptr ? text : "";
-    ixmlFreeDOMString(text);
     return out;
 }
 
@@ -137,7 +105,7 @@ std::string DidlAnswer::Table() const {
     };
     std::vector<Row> rows;
     rows.push_back(Row{"ID", "CLASS", "TITLE", "RESOURCE"});
-    for (IXML_Node *object = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr; object != nullptr;
+    for (IXML_Node *object = root() != nullptr ? ixmlNode_getFirstChild(AsNode(root())) : nullptr; object != nullptr;
          object = ixmlNode_getNextSibling(object)) {
         if (ixmlNode_getNodeType(object) != eELEMENT_NODE) {
             continue;

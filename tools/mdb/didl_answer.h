@@ -1,9 +1,8 @@
-// The DIDL-Lite answer of a Browse, Search or CreateObject as a media server prepares it: an ixml
-// document whose DIDL-Lite root carries the namespace declarations (the part the server adds;
-// the library appends the objects), and the forms in which the tool prints it.
+// The DIDL-Lite answer of a Browse, Search or CreateObject (the document a media server prepares),
+// and the forms in which the tool prints it.
 #pragma once
 
-#include <ixml.h>
+#include <didl_document.h>
 
 #include <string>
 
@@ -11,24 +10,18 @@ namespace mdbtool {
 
 class DidlAnswer {
 public:
-    DidlAnswer();
-    ~DidlAnswer();
-    DidlAnswer(const DidlAnswer &) = delete;
-    DidlAnswer &operator=(const DidlAnswer &) = delete;
-
-    IXML_Document *doc() const { return m_doc; }
-    IXML_Element *root() const { return m_root; }
+    IXML_Document *doc() const { return m_document.doc(); }
+    IXML_Element *root() const { return m_document.root(); }
 
     // The whole answer as indented XML, one element per line, two blanks per level.
     std::string Indented() const;
     // The answer as a server sends it in the Result argument: ixml's own compact serialisation.
-    std::string Compact() const;
+    std::string Compact() const { return m_document.Compact(); }
     // One line per object: id, class (its last part), title and, for items, the resource URL.
     std::string Table() const;
 
 private:
-    IXML_Document *m_doc = nullptr;
-    IXML_Element *m_root = nullptr;
+    mdbcommon::DidlDocument m_document;
 };
 
 }  // namespace mdbtool

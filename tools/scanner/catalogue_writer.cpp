@@ -17,11 +17,12 @@ namespace {
 
 int CollectChildRow(void *arg, int columns, char **values, char **) {
     auto *rows = static_cast<std::map<std::string, CatalogueRow> *>(arg);
-    if (columns < 5 || values[1] == nullptr) {
+    if (columns < 6 || values[1] == nullptr) {
         return 0;
     }
     CatalogueRow row;
     row.id = values[0] != nullptr ? atoll(values[0]) : 0;
+    row.parentId = values[5] != nullptr ? atoll(values[5]) : 0;
     row.flags = values[2] != nullptr ? static_cast<uint32_t>(strtoul(values[2], nullptr, 10)) : 0;
     row.size = values[3] != nullptr ? atoll(values[3]) : 0;
     row.lastModify = values[4] != nullptr ? values[4] : "";
@@ -68,8 +69,13 @@ uint32_t CatalogueWriter::Release() {
         Run("ROLLBACK");
         m_lookupCache.clear();
     }
+    std::set<long long> touched;
+    touched.swap(m_touched);
     m_open = false;
     m_lock->Unlock();
+    if (rc == MDB_OK && !touched.empty()) {
+        m_lock->Committed(touched);
+    }
     return rc;
 }
 
@@ -77,6 +83,7 @@ void CatalogueWriter::Rollback() {
     if (m_open) {
         Run("ROLLBACK");
         m_open = false;
+        m_touched.clear();
         m_lock->Unlock();
         // Entries the rolled-back transaction added are gone again.
         m_lookupCache.clear();
@@ -101,23 +108,16 @@ uint32_t CatalogueWriter::Analyze() {
 
 uint32_t CatalogueWriter::Children(long long parentId, std::map<std::string, CatalogueRow> &rows) {
     char sql[160];
-    snprintf(sql, sizeof sql, "select id,fileName,flags,size,lastModify from ITEM where parentID=%lld", parentId);
+    snprintf(sql, sizeof sql, "select id,fileName,flags,size,lastModify,parentID from ITEM where parentID=%lld",
+             parentId);
     rows.clear();
-    // Outside a transaction the read is one statement of its own, serialised like any other.
-    const bool locked = !m_open;
-    if (locked) {
-        m_lock->Lock();
-    }
-    const int rc = MdbExecSql(m_db, sql, CollectChildRow, &rows, nullptr);
-    if (locked) {
-        m_lock->Unlock();
-    }
-    return rc == SQLITE_OK ? MDB_OK : MDB_ERR_DB;
+    return Locked([&] { return MdbExecSql(m_db, sql, CollectChildRow, &rows, nullptr) == SQLITE_OK ? MDB_OK : MDB_ERR_DB; });
 }
 
 uint32_t CatalogueWriter::ExistingRow(long long parentId, const std::string &fileName, CatalogueRow &row) {
     row = CatalogueRow();
     row.id = -1;
+    row.parentId = parentId;
     uint32_t rc = QRV_MDB_DbGetItemIdByName(m_db, parentId, fileName.c_str(), &row.id);
     if (rc == MDB_OK && row.id > 0) {
         rc = QRV_MDB_GetItemInfo(m_db, row.id, nullptr, nullptr, 0, &row.flags);
@@ -136,6 +136,7 @@ uint32_t CatalogueWriter::FindOrAddRoot(const std::string &path, const std::stri
         return rc;
     }
     isNew = true;
+    m_touched.insert(0);
     row.flags = kScannedFolderFlags;
     rc = QRV_MDB_DbAddItem(m_db, 0, static_cast<int32_t>(row.flags), title.c_str(), path.c_str(), 0, "", 0, 0, 0, 0,
                            0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, &row.id);
@@ -163,6 +164,7 @@ uint32_t CatalogueWriter::AddFolder(long long parentId, const std::string &name,
     if (rc != MDB_OK) {
         return rc;
     }
+    m_touched.insert(parentId);
     rc = QRV_MDB_DbAddItem(m_db, parentId, static_cast<int32_t>(flags), ValidUtf8(name).c_str(), name.c_str(), 0, "",
                            0, 0, 0, 0, 0, 0, "", 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, &id);
     return rc != MDB_OK ? rc : Changed();
@@ -225,6 +227,7 @@ uint32_t CatalogueWriter::WriteItem(const ItemPlace &place, uint32_t flags, cons
         return rc;
     }
     const int32_t lFlags = static_cast<int32_t>(flags);
+    m_touched.insert(place.parentId);
     if (existing.id > 0) {
         id = existing.id;
         updated = true;
@@ -248,6 +251,7 @@ uint32_t CatalogueWriter::WriteItem(const ItemPlace &place, uint32_t flags, cons
 uint32_t CatalogueWriter::DeleteTree(const CatalogueRow &row, RemovedRows &removed) {
     uint32_t rc = Write();
     if (rc == MDB_OK) {
+        m_touched.insert(row.parentId);
         rc = DeleteRows(row, removed);
     }
     return rc != MDB_OK ? rc : Changed();
@@ -285,6 +289,7 @@ uint32_t CatalogueWriter::SetFolderFlags(long long id, uint32_t oldFlags, uint32
     if (rc != MDB_OK) {
         return rc;
     }
+    m_touched.insert(id);
     const uint32_t added = newFlags & ~oldFlags;
     if ((oldFlags & ~newFlags) != 0 || (added & ~kFolderBits) != 0) {
         rc = QRV_MDB_SetFolderFlags(m_db, id, static_cast<int32_t>(newFlags));

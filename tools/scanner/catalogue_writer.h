@@ -16,6 +16,7 @@
 #include <mdb.h>
 
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 
@@ -26,17 +27,22 @@ constexpr uint32_t kFolderBits = MDB_FLAGS_FOLDER_MUSIC | MDB_FLAGS_FOLDER_VIDEO
 
 // Serialises the writer with the other users of its connection: a media server takes its library
 // mutex in Lock and gives it back in Unlock. The writer holds it from BEGIN IMMEDIATE to COMMIT,
-// and for the length of each single read outside a transaction. The default does nothing.
+// and for the length of each single read outside a transaction. After each committed batch, with
+// the lock given back, Committed names the folders (row ids; 0 for the level of the roots) whose
+// children or own flags the batch changed, so that a server can tell its clients. The default
+// does nothing.
 class CatalogueLock {
 public:
     virtual ~CatalogueLock() = default;
     virtual void Lock() {}
     virtual void Unlock() {}
+    virtual void Committed(const std::set<long long> &folders) { (void)folders; }
 };
 
 // One ITEM row below a folder, as the scanner compares it with the file on disk.
 struct CatalogueRow {
     long long id = 0;
+    long long parentId = 0;
     uint32_t flags = 0;
     long long size = 0;
     std::string lastModify;
@@ -93,6 +99,19 @@ public:
     // other difference replaces the word with QRV_MDB_SetFolderFlags.
     uint32_t SetFolderFlags(long long id, uint32_t oldFlags, uint32_t newFlags);
 
+    // Runs fn (library calls on db()) with the lock held: within the open transaction, or taking
+    // the lock for the call when none is open. Returns what fn returns.
+    template <typename Fn>
+    uint32_t Locked(Fn fn) {
+        if (m_open) {
+            return fn();
+        }
+        m_lock->Lock();
+        const uint32_t rc = fn();
+        m_lock->Unlock();
+        return rc;
+    }
+
     sqlite3 *db() const { return m_db; }
 
 private:
@@ -109,6 +128,7 @@ private:
     CatalogueLock *m_lock;
     uint32_t m_pending = 0;
     bool m_open = false;
+    std::set<long long> m_touched;  // folders the open transaction changed
     // Lookup entries met during this scan, per table, so each name costs one store call.
     std::map<std::string, std::unordered_map<std::string, long long>> m_lookupCache;
 };

@@ -105,10 +105,14 @@ std::string FormatModificationTime(long long mtime) {
 MediaScanner::MediaScanner(sqlite3 *db, const ScanOptions &options)
     : m_db(db), m_options(options), m_writer(db, options.batchSize, options.lock) {}
 
-uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
+void MediaScanner::Reset() {
     m_counts = ScanCounts();
     m_skipped.clear();
     m_error.clear();
+}
+
+uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
+    Reset();
     m_uploadFolder.clear();
     m_uploadFolderId = -1;
     if (m_db == nullptr) {
@@ -140,6 +144,9 @@ uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
         bool isNew = false;
         rc = m_writer.FindOrAddRoot(roots[i], ValidUtf8(BaseName(roots[i])), rootRows[i], isNew);
         m_counts.foldersAdded += isNew ? 1 : 0;
+    }
+    if (rc == MDB_OK && m_options.dropOtherRoots) {
+        rc = DropOtherRoots(rootRows);
     }
     if (rc == MDB_OK) {
         rc = EnsureUploadFolder();
@@ -174,13 +181,15 @@ uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
  * puts uploads): the directory is made when the root is writable, and its row is added. */
 uint32_t MediaScanner::EnsureUploadFolder() {
     long long firstRoot = -1;
-    uint32_t rc = QRV_MDB_DbGetItemIdByName(m_db, 0, nullptr, &firstRoot);
-    if (rc != MDB_OK || firstRoot <= 0) {
-        return rc;
-    }
     char rootPath[4096] = "";
-    rc = QRV_MDB_GetItemInfo(m_db, firstRoot, nullptr, rootPath, sizeof rootPath, nullptr);
-    if (rc != MDB_OK) {
+    uint32_t rc = m_writer.Locked([&] {
+        uint32_t status = QRV_MDB_DbGetItemIdByName(m_db, 0, nullptr, &firstRoot);
+        if (status == MDB_OK && firstRoot > 0) {
+            status = QRV_MDB_GetItemInfo(m_db, firstRoot, nullptr, rootPath, sizeof rootPath, nullptr);
+        }
+        return status;
+    });
+    if (rc != MDB_OK || firstRoot <= 0) {
         return rc;
     }
     const std::string uploadPath = std::string(rootPath) + "/" + kUploadFolderName;
@@ -240,6 +249,11 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
     }
     std::vector<FileJob> jobs;
     for (size_t i = 0; rc == MDB_OK && i < names.size(); ++i) {
+        if (m_options.stop != nullptr && m_options.stop->load()) {
+            m_error = "the scan was stopped";
+            rc = MDB_ERR_FAIL;
+            break;
+        }
         const std::string &name = names[i];
         const std::string full = path + "/" + name;
         struct stat st;
@@ -322,8 +336,28 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
         m_counts.foldersRemoved += removed.folders;
     }
     if (rc == MDB_OK) {
-        const uint32_t base = folderId == m_uploadFolderId ? MDB_CLASS_FOLDER : kScannedFolderFlags;
-        rc = m_writer.SetFolderFlags(folderId, folderFlags, base | (bits & kFolderBits));
+        rc = m_writer.SetFolderFlags(folderId, folderFlags, BaseFlags(folderId) | (bits & kFolderBits));
+    }
+    return rc;
+}
+
+/* A folder row's flags without its folder bits: restricted, except the upload folder. */
+uint32_t MediaScanner::BaseFlags(long long folderId) const {
+    return folderId == m_uploadFolderId ? MDB_CLASS_FOLDER : kScannedFolderFlags;
+}
+
+/* The root rows of directories Scan was not given go, with everything below them. */
+uint32_t MediaScanner::DropOtherRoots(const std::vector<CatalogueRow> &keep) {
+    std::map<std::string, CatalogueRow> roots;
+    uint32_t rc = m_writer.Children(0, roots);
+    for (auto it = roots.begin(); rc == MDB_OK && it != roots.end(); ++it) {
+        const bool kept = std::any_of(keep.begin(), keep.end(), [&](const CatalogueRow &r) { return r.id == it->second.id; });
+        if (!kept) {
+            RemovedRows removed;
+            rc = m_writer.DeleteTree(it->second, removed);
+            m_counts.removed += removed.items;
+            m_counts.foldersRemoved += removed.folders;
+        }
     }
     return rc;
 }

@@ -16,6 +16,7 @@
 
 #include <mdb.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -28,6 +29,8 @@ struct ScanOptions {
     uint32_t batchSize = 1000;  // changes per transaction
     FILE *messages = stderr;    // skipped files, unreadable folders, the upload folder note
     CatalogueLock *lock = nullptr;  // held around every transaction and read (NULL: none)
+    bool dropOtherRoots = false;    // Scan deletes the root rows of directories it is not given
+    const std::atomic<bool> *stop = nullptr;  // when it becomes true, a scan ends early (MDB_ERR_FAIL)
 };
 
 struct ScanCounts {
@@ -58,6 +61,12 @@ public:
     // batches committed before stay, the open one is rolled back.
     uint32_t Scan(const std::vector<std::string> &directories);
 
+    // Rescans one folder below a root that Scan has catalogued (path as the root's row names it,
+    // then the folder names), with everything below it, and sets the folder bits of its ancestors
+    // anew. A folder without a row yet is found by rescanning its nearest ancestor that has one.
+    // MDB_ERR_NOT_FOUND when no root holds path; otherwise as Scan.
+    uint32_t RescanFolder(const std::string &path);
+
     const ScanCounts &counts() const { return m_counts; }
     const std::vector<SkippedFile> &skippedFiles() const { return m_skipped; }
     const std::string &lastError() const { return m_error; }
@@ -79,11 +88,14 @@ private:
         MediaInfo info;
     };
 
-    uint32_t ScanRoot(const std::string &path);
     uint32_t EnsureUploadFolder();
     uint32_t ScanFolder(const std::string &path, long long folderId, uint32_t folderFlags, uint32_t &bits);
     bool ReadFile(const std::string &path, long long folderId, long long size, long long mtime, FileJob &job);
     uint32_t WriteFiles(std::vector<FileJob> &jobs, std::map<std::string, CatalogueRow> &rows, uint32_t &bits);
+    uint32_t DropOtherRoots(const std::vector<CatalogueRow> &keep);
+    uint32_t SetAncestorBits(std::vector<CatalogueRow> ancestors);
+    uint32_t BaseFlags(long long folderId) const;
+    void Reset();
     void Skip(const std::string &path, const std::string &reason);
     void ShowProgress(const std::string &where, bool force);
     void ClearProgress();

@@ -1,0 +1,93 @@
+// The DIDL-Lite answer document.
+#include "didl_document.h"
+
+#include <cstring>
+
+namespace mdbcommon {
+
+namespace {
+
+IXML_Node *AsNode(IXML_Element *element) { return reinterpret_cast<IXML_Node *>(element); }
+
+}  // namespace
+
+DidlDocument::DidlDocument() {
+    m_doc = ixmlDocument_createDocument();
+    if (m_doc == nullptr) {
+        return;
+    }
+    m_root = ixmlDocument_createElement(m_doc, "DIDL-Lite");
+    if (m_root == nullptr) {
+        return;
+    }
+    ixmlElement_setAttribute(m_root, "xmlns", "urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/");
+    ixmlElement_setAttribute(m_root, "xmlns:dc", "http://purl.org/dc/elements/1.1/");
+    ixmlElement_setAttribute(m_root, "xmlns:upnp", "urn:schemas-upnp-org:metadata-1-0/upnp/");
+    ixmlElement_setAttribute(m_root, "xmlns:dlna", "urn:schemas-dlna-org:metadata-1-0/");
+    ixmlNode_appendChild(reinterpret_cast<IXML_Node *>(m_doc), AsNode(m_root));
+}
+
+DidlDocument::~DidlDocument() {
+    if (m_doc != nullptr) {
+        ixmlDocument_free(m_doc);
+    }
+}
+
+uint32_t DidlDocument::ObjectCount() const {
+    uint32_t count = 0;
+    for (IXML_Node *node = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr; node != nullptr;
+         node = ixmlNode_getNextSibling(node)) {
+        count += ixmlNode_getNodeType(node) == eELEMENT_NODE ? 1 : 0;
+    }
+    return count;
+}
+
+void DidlDocument::DropFirst(uint32_t count) {
+    for (uint32_t i = 0; i < count && m_root != nullptr; ++i) {
+        IXML_Node *first = ixmlNode_getFirstChild(AsNode(m_root));
+        if (first == nullptr) {
+            return;
+        }
+        IXML_Node *removed = nullptr;
+        ixmlNode_removeChild(AsNode(m_root), first, &removed);
+        ixmlNode_free(removed);
+    }
+}
+
+void DidlDocument::SetParentIds(const std::string &parentId) {
+    for (IXML_Node *node = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr; node != nullptr;
+         node = ixmlNode_getNextSibling(node)) {
+        if (ixmlNode_getNodeType(node) == eELEMENT_NODE) {
+            ixmlElement_setAttribute(reinterpret_cast<IXML_Element *>(node), "parentID", parentId.c_str());
+        }
+    }
+}
+
+void DidlDocument::RebaseIds(const std::string &container, char separator) {
+    for (IXML_Node *node = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr; node != nullptr;
+         node = ixmlNode_getNextSibling(node)) {
+        if (ixmlNode_getNodeType(node) != eELEMENT_NODE) {
+            continue;
+        }
+        auto *element = reinterpret_cast<IXML_Element *>(node);
+        const char *id = ixmlElement_getAttribute(element, "id");
+        const char *tail = id != nullptr ? std::strrchr(id, separator) : nullptr;
+        if (tail != nullptr) {
+            const std::string rebased = container + tail;
+            ixmlElement_setAttribute(element, "id", rebased.c_str());
+        }
+        ixmlElement_setAttribute(element, "parentID", container.c_str());
+    }
+}
+
+std::string DidlDocument::Compact() const {
+    if (m_root == nullptr) {
+        return std::string();
+    }
+    DOMString text = ixmlNodetoString(AsNode(m_root));
+    std::string out = text != nullptr ? text : "";
+    ixmlFreeDOMString(text);
+    return out;
+}
+
+}  // namespace mdbcommon
