@@ -8,13 +8,12 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <tuple>
 
 namespace {
 
-using browsetest::Row;
 using mdbtest::attr;
+using mdbtest::Row;
 
 // The database containers of the shipped tree and what each one lists.
 enum class Kind { All, Folder, Genre, Artist, Album };
@@ -46,7 +45,7 @@ std::vector<std::string> List(mdbtest::Action &action, const std::string &id, co
     action.adoptSort(QRV_MDB_BuildSortStr(sort));
     EXPECT_STREQ(QRV_MDB_StatusName(QRV_MDB_Browse(id.c_str(), 1, action.ctx())), "MDB_OK") << id;
     std::string error;
-    std::vector<std::string> titles = browsetest::Titles(action.xml(), &error);
+    std::vector<std::string> titles = mdbtest::Titles(action.xml(), &error);
     EXPECT_EQ(error, "") << id;
     return titles;
 }
@@ -63,9 +62,7 @@ void CheckPages(const std::string &id, std::vector<Row> rows) {
             EXPECT_EQ(action->ulTotalMatches, rows.size()) << id << " from " << start;
         }
         std::sort(rows.begin(), rows.end(), order.before);
-        for (const Row &r : rows) {
-            expected.push_back(r.title);
-        }
+        for (const Row &r : rows) expected.push_back(r.title);
         EXPECT_EQ(served, expected) << id << " " << order.criteria;
     }
 }
@@ -78,9 +75,7 @@ protected:
         Listing out{{}, {}, id};
         auto rows = [&](const std::string &base, char sep, const std::function<bool(const Row &)> &keep) {
             out.rows = lib.where(keep);
-            for (const Row &r : out.rows) {
-                out.ids.push_back(base + sep + std::to_string(r.id));
-            }
+            for (const Row &r : out.rows) out.ids.push_back(base + sep + std::to_string(r.id));
             return out;
         };
         auto c = std::find_if(std::begin(kDbContainers), std::end(kDbContainers),
@@ -94,9 +89,7 @@ protected:
             return out;
         }
         const uint32_t cls = c->cls;
-        if (c->kind == Kind::All) {
-            return rows(node, '|', [&](const Row &r) { return r.cls() == cls; });
-        }
+        if (c->kind == Kind::All) return rows(node, '|', [&](const Row &r) { return r.cls() == cls; });
         if (c->kind == Kind::Folder) {
             // The roots whatever they hold, neither paged nor sorted; below them what holds cls.
             const long long parent = sub.empty() ? 0 : std::stoll(sub);
@@ -105,9 +98,7 @@ protected:
                                                 (r.cls() == MDB_CLASS_FOLDER && (r.flags & (1 << cls)) != 0));
             });
             out.parent = node;
-            if (parent == 0) {
-                out.rows.clear();
-            }
+            if (parent == 0) out.rows.clear();
             return out;
         }
         long long Row::*field =
@@ -120,14 +111,10 @@ protected:
         for (const Row &r : lib.where([&](const Row &r) { return r.cls() == cls && r.*field != 0; })) {
             values.insert(r.*field);
         }
-        if (c->kind == Kind::Genre) {
-            for (const auto &genre : lib.values("GENRES")) {
-                values.insert(genre.second);
-            }
+        for (const auto &genre : c->kind == Kind::Genre ? lib.values("GENRES") : std::map<std::string, long long>()) {
+            values.insert(genre.second);
         }
-        for (long long v : values) {
-            out.ids.push_back(node + "|" + std::to_string(v));
-        }
+        for (long long v : values) out.ids.push_back(node + "|" + std::to_string(v));
         return out;
     }
 
@@ -147,16 +134,14 @@ protected:
         std::sort(want.ids.begin(), want.ids.end());
         std::sort(listed.begin(), listed.end());
         EXPECT_EQ(listed, want.ids) << id;
-        if (!want.rows.empty()) {
-            CheckPages(id, want.rows);
-        }
+        if (!want.rows.empty()) CheckPages(id, want.rows);
         for (IXML_Element *child : action.objects()) {
             const std::string childId = attr(child, "id");
             mdbtest::Action meta;
             ASSERT_STREQ(QRV_MDB_StatusName(QRV_MDB_Browse(childId.c_str(), 0, meta.ctx())), "MDB_OK") << childId;
             ASSERT_EQ(meta.objects().size(), 1u) << childId;
-            EXPECT_EQ(meta->ulNumberReturned, 1u) << childId;
-            EXPECT_EQ(meta->ulTotalMatches, 1u) << childId;
+            EXPECT_EQ(std::to_string(meta->ulNumberReturned) + "/" + std::to_string(meta->ulTotalMatches), "1/1")
+                << childId;
             EXPECT_EQ(attr(meta.objects()[0], "id"), childId);
             EXPECT_EQ(attr(meta.objects()[0], "parentID"), want.parent) << childId;
             EXPECT_EQ(mdbtest::childText(meta.objects()[0], "dc:title"), mdbtest::childText(child, "dc:title"));
@@ -167,7 +152,7 @@ protected:
         }
     }
 
-    browsetest::Library lib;
+    mdbtest::Library lib;
     std::set<std::string> visited;
 };
 

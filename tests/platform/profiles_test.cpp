@@ -13,46 +13,33 @@
 
 namespace {
 
-const uint32_t kMaxProfiles = 60; // the search translation's enumeration bound
-
 const MdbDlnaProfile *Profile(uint32_t code, uint32_t j) { return QRV_DLNA_GetProfileByProfileId(code + (j << 16)); }
 
-const char *const kTopTypes[] = {"audio/", "video/", "image/"}; // of item classes 11, 12, 13
-
+// Each family: an item class in bits 0-6 and its index in bits 8-15; OP and 32-hex-digit FLAGS
+// texts; fewer than 60 profiles (the search translation's bound) without gaps, of its media type,
+// each found again from its MIME type and name; the restricted bit says nothing about the format.
 TEST(Profiles, EveryFamilyEnumeratesWithoutGapsAndMapsBack) {
     std::set<uint32_t> classes;
     for (uint32_t i = 0; i < g_ulNumOfMediaClasses; ++i) {
         const uint32_t code = g_astMediaClasses[i].ulFlagsCode;
-        const MdbTransferParams *transfer = g_astMediaClasses[i].pstTransfer;
-        SCOPED_TRACE("family code " + std::to_string(code));
-        // an item class in bits 0-6, the family index in bits 8-15, nothing else
-        EXPECT_EQ(code & ~0xFF7Fu, 0u);
-        EXPECT_EQ(code >> 8, i);
-        ASSERT_TRUE((code & 127u) >= 11 && (code & 127u) <= 13);
-        const std::string top = kTopTypes[(code & 127u) - 11];
+        const MdbTransferParams *t = g_astMediaClasses[i].pstTransfer;
+        ASSERT_TRUE((code & 127u) >= 11 && (code & 127u) <= 13 && (code & ~0xFF7Fu) == 0 && code >> 8 == i && t) << code;
+        const std::string top = code % 128 == 11 ? "audio/" : code % 128 == 12 ? "video/" : "image/";
         classes.insert(code & 127u);
-        ASSERT_NE(transfer, nullptr);
-        EXPECT_TRUE(std::set<std::string>({"00", "01", "10", "11"}).count(transfer->pcOpValue)) << transfer->pcOpValue;
-        const char *flags = transfer->pcFlagsValue; // DLNA.ORG_FLAGS: 32 hex digits
-        EXPECT_TRUE(std::strlen(flags) == 32 && std::strspn(flags, "0123456789abcdefABCDEF") == 32) << flags;
-        EXPECT_EQ(std::string(transfer->pcDefaultMime).rfind(top, 0), 0u);
-
+        EXPECT_TRUE(std::set<std::string>({"00", "01", "10", "11"}).count(t->pcOpValue)) << t->pcOpValue;
+        EXPECT_TRUE(std::strlen(t->pcFlagsValue) == 32 && std::strspn(t->pcFlagsValue, "0123456789abcdefABCDEF") == 32);
+        EXPECT_EQ(std::string(t->pcDefaultMime).rfind(top, 0), 0u);
         uint32_t count = 0;
-        while (count < kMaxProfiles && Profile(code, count) != nullptr) ++count;
-        EXPECT_TRUE(count >= 1 && count < kMaxProfiles) << count;
+        while (count < 60 && Profile(code, count) != nullptr) ++count;
+        EXPECT_TRUE(count >= 1 && count < 60) << count;
         for (uint32_t j = count; j < 0x10000u; j += (j < 256 ? 1 : 997)) ASSERT_EQ(Profile(code, j), nullptr) << j;
-        // the restricted bit says nothing about the format
         EXPECT_EQ(Profile(code | 128u, 0), Profile(code, 0));
         for (uint32_t j = 0; j < count; ++j) {
             const MdbDlnaProfile *p = Profile(code, j);
-            SCOPED_TRACE(std::string(p->pcProfileName) + " " + p->pcMimeType);
-            EXPECT_NE(p->pcProfileName[0], '\0');
-            EXPECT_EQ(std::string(p->pcMimeType).rfind(top, 0), 0u);
-            EXPECT_TRUE(p->pcSuffix[0] != '\0' && std::strchr(p->pcSuffix, '.') == nullptr) << p->pcSuffix;
-            // an upload naming this profile and its MIME type gets exactly this profile
             const char *suffix = nullptr;
-            EXPECT_EQ(Profile(QRV_MDB_PNtoFix(p->pcMimeType, p->pcProfileName, &suffix), 0), p);
-            EXPECT_EQ(suffix, p->pcSuffix);
+            EXPECT_EQ(Profile(QRV_MDB_PNtoFix(p->pcMimeType, p->pcProfileName, &suffix), 0), p) << p->pcProfileName;
+            EXPECT_TRUE(std::string(p->pcMimeType).rfind(top, 0) == 0 && p->pcProfileName[0] && suffix == p->pcSuffix &&
+                        p->pcSuffix[0] && !std::strchr(p->pcSuffix, '.')) << p->pcProfileName;
         }
     }
     EXPECT_EQ(classes, (std::set<uint32_t>{11, 12, 13}));
@@ -61,37 +48,26 @@ TEST(Profiles, EveryFamilyEnumeratesWithoutGapsAndMapsBack) {
     }
 }
 
+// Files without a usable profile name get the Unknown profile of their type, else the first
+// profile of the MIME type (whose case does not matter); without a MIME type a known name decides;
+// types this platform does not serve get nothing. An uploaded item is not restricted.
 TEST(Profiles, UploadsMapToRealProfiles) {
-    // expected: the profile an upload gets, nullptr for none
-    const struct { const char *mime, *name, *expected; uint32_t itemClass; } cases[] = {
-        // real profiles of each family by name and MIME type; files without one get the Unknown profile
-        {"audio/mpeg", "MP3", "MP3", 11}, {"audio/L16", "LPCM", "LPCM", 11}, {"audio/x-flac", "", "Unknown", 11},
-        {"audio/mp4", "AAC_ISO_320", "AAC_ISO_320", 11}, {"audio/x-ms-wma", "WMABASE", "WMABASE", 11},
-        {"video/mpeg", "MPEG_PS_PAL", "MPEG_PS_PAL", 12}, {"video/x-matroska", nullptr, "Unknown", 12},
-        {"video/vnd.dlna.mpeg-tts", "MPEG_TS_HD_NA", "MPEG_TS_HD_NA", 12}, {"image/png", "PNG_LRG", "PNG_LRG", 13},
-        {"video/mp4", "AVC_MP4_MP_SD_AAC_MULT5", "AVC_MP4_MP_SD_AAC_MULT5", 12},
-        {"image/jpeg", "JPEG_TN", "JPEG_TN", 13}, {"image/jpeg", "JPEG_SM", "JPEG_SM", 13},
-        {"image/jpeg", "JPEG_MED", "JPEG_MED", 13}, {"image/jpeg", "JPEG_LRG", "JPEG_LRG", 13},
-        // no usable name: the first profile of the MIME type, whose case does not matter
-        {"audio/mpeg", "NO_SUCH_PN", "MP3", 11}, {"AUDIO/MPEG", nullptr, "MP3", 11}, {"image/jpeg", "", "JPEG_LRG", 13},
-        {"video/mpeg", "Unknown", "MPEG_PS_PAL", 12},
-        // without a MIME type a known name decides; types this platform does not serve get nothing
-        {nullptr, "MP3", "MP3", 11}, {"audio/x-unknown", "", nullptr, 0}, {"text/plain", "", nullptr, 0},
-        {"", "", nullptr, 0},
+    const char *const cases[][3] = {  // MIME type, profile name, the profile the upload gets
+        {"audio/mpeg", "MP3", "MP3"}, {"audio/L16", "LPCM", "LPCM"}, {"audio/x-flac", "", "Unknown"},
+        {"video/x-matroska", nullptr, "Unknown"}, {"video/vnd.dlna.mpeg-tts", "MPEG_TS_HD_NA", "MPEG_TS_HD_NA"},
+        {"image/jpeg", "JPEG_SM", "JPEG_SM"}, {"audio/mpeg", "NO_SUCH_PN", "MP3"}, {"AUDIO/MPEG", nullptr, "MP3"},
+        {"image/jpeg", "", "JPEG_LRG"}, {"video/mpeg", "Unknown", "MPEG_PS_PAL"}, {nullptr, "MP3", "MP3"},
+        {"audio/x-unknown", "", nullptr}, {"text/plain", "", nullptr}, {"", "", nullptr},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(std::string(c.mime ? c.mime : "NULL") + " " + (c.name ? c.name : "NULL"));
+    for (const auto &[mime, name, expected] : cases) {
         const char *suffix = "untouched";
-        uint32_t flags = QRV_MDB_PNtoFix(c.mime, c.name, &suffix);
-        EXPECT_EQ(flags & 255u, c.itemClass); // an uploaded item is not restricted
+        const uint32_t flags = QRV_MDB_PNtoFix(mime, name, &suffix);
         const MdbDlnaProfile *p = QRV_DLNA_GetProfileByProfileId(flags);
-        ASSERT_EQ(p != nullptr, c.expected != nullptr);
-        EXPECT_EQ(suffix, p != nullptr ? p->pcSuffix : nullptr);
-        if (p == nullptr) continue;
-        EXPECT_STREQ(p->pcProfileName, c.expected);
-        if (c.mime != nullptr) { EXPECT_EQ(strcasecmp(p->pcMimeType, c.mime), 0) << p->pcMimeType; }
+        EXPECT_STREQ(p != nullptr ? p->pcProfileName : nullptr, expected) << (mime ? mime : "NULL");
+        EXPECT_TRUE(suffix == (p ? p->pcSuffix : nullptr) && (flags & 128u) == 0 &&
+                    (!p || !mime || strcasecmp(p->pcMimeType, mime) == 0)) << (mime ? mime : "NULL");
     }
-    EXPECT_NE(QRV_MDB_PNtoFix("audio/mpeg", "MP3", nullptr), 0u); // no place for the suffix
+    EXPECT_NE(QRV_MDB_PNtoFix("audio/mpeg", "MP3", nullptr), 0u);  // no place for the suffix
 }
 
-} // namespace
+}  // namespace

@@ -13,11 +13,9 @@ std::atomic<std::thread::id> g_countedThread{};
 }  // namespace
 
 // Counts the calls of the counted thread, then sleeps for real so that lock holders in other
-// threads make progress.
+// connections make progress.
 extern "C" int usleep(useconds_t usec) {
-    if (std::this_thread::get_id() == g_countedThread.load()) {
-        ++g_sleepCalls;
-    }
+    if (std::this_thread::get_id() == g_countedThread.load()) ++g_sleepCalls;
     struct timespec ts = {static_cast<time_t>(usec / 1000000), static_cast<long>(usec % 1000000) * 1000};
     while (nanosleep(&ts, &ts) != 0) {
     }
@@ -49,22 +47,6 @@ InsertBefore::InsertBefore(sqlite3 *db, const std::string &path, std::string sql
         return 0;
     };
     sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, onStatement, this);
-}
-
-InsertBefore::~InsertBefore() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
-
-std::string rows(sqlite3 *db, const std::string &sql) {
-    std::string out;
-    sqlite3_stmt *stmt = nullptr;
-    EXPECT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr), SQLITE_OK) << sql << ": " << sqlite3_errmsg(db);
-    for (int row = 0; stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW; ++row) {
-        for (int col = 0; col < sqlite3_column_count(stmt); ++col) {
-            const unsigned char *text = sqlite3_column_text(stmt, col);
-            out += (col ? "|" : row ? "," : "") + std::string(text ? reinterpret_cast<const char *>(text) : "NULL");
-        }
-    }
-    sqlite3_finalize(stmt);
-    return out;
 }
 
 }  // namespace storetest

@@ -1,6 +1,8 @@
 // Helpers shared by the store tests: status checks by name, a counting usleep, a second
-// connection on a catalogue file, rows inserted before a chosen statement, and values and rows as text.
+// connection on a catalogue file, rows inserted before a chosen statement, and values as text.
 #pragma once
+
+#include "catalogue.h"
 
 #include <mdb.h>
 
@@ -30,7 +32,7 @@ Connection openSecond(const std::string &path);
 class InsertBefore {
 public:
     InsertBefore(sqlite3 *db, const std::string &path, std::string sql, std::string insert);
-    ~InsertBefore();
+    ~InsertBefore() { sqlite3_trace_v2(m_db, 0, nullptr, nullptr); }
     InsertBefore(const InsertBefore &) = delete;
     InsertBefore &operator=(const InsertBefore &) = delete;
     int rc() const { return m_rc; }  // the insert's result code; -1 until it ran
@@ -42,15 +44,12 @@ private:
     int m_rc = -1;
 };
 
-// The values joined with '|', as rows() prints the columns of a row.
+// The values joined with '|', as mdbtest::Rows prints the columns of a row.
 template <typename... T>
 std::string Join(const T &...values) {
     std::ostringstream out;
     ((out << values << '|'), ...);
     return out.str().substr(0, out.str().size() - 1);
 }
-
-// The rows of a query: columns joined with '|', rows with ',' ("NULL" for SQL NULL), in row order.
-std::string rows(sqlite3 *db, const std::string &sql);
 
 }  // namespace storetest

@@ -1,5 +1,6 @@
 // An action record as a media server prepares it: a fresh ixml document with the DIDL-Lite root
-// and its namespace declarations, filter bytes for every property, and answer counters.
+// and its namespace declarations, filter bytes for every property, and answer counters; and small
+// readers for what the library wrote into it.
 #pragma once
 
 #include <mdb.h>
@@ -20,9 +21,6 @@ public:
     MdbActionCtx *ctx() { return &m_ctx; }
     MdbActionCtx *operator->() { return &m_ctx; }
 
-    // Replaces the filter bytes (size must be g_ulNumOfDlnaCols); the Action keeps a copy.
-    void setFilter(const std::vector<unsigned char> &bytes);
-    void setFilterAll(bool on);
     // Takes ownership of a malloc'ed filter array (as QRV_MDB_ParseFilterString returns).
     void adoptFilter(unsigned char *bytes);
     // Takes ownership of a malloc'ed sort text, or NULL.
@@ -39,7 +37,7 @@ public:
 private:
     void makeDocument();
     MdbActionCtx m_ctx{};
-    std::vector<unsigned char> m_filterCopy;
+    std::vector<unsigned char> m_filterAll;
     unsigned char *m_adoptedFilter = nullptr;
     char m_objectId[256] = {0};
     char m_errStr[64] = {0};
@@ -47,13 +45,13 @@ private:
 
 // Attribute value of an element, or "<none>" when it has no such attribute.
 std::string attr(IXML_Element *el, const std::string &name);
+// Names of the element's attributes, in the order they were set.
+std::vector<std::string> attrNames(IXML_Element *el);
+// The element children with that name ("": all of them), in order.
+std::vector<IXML_Element *> children(IXML_Element *el, const std::string &name = "");
 // Names of the element's children, in order.
 std::vector<std::string> childNames(IXML_Element *el);
 // Text of the first child element with that name; "<none>" without such a child, "" when empty.
 std::string childText(IXML_Element *el, const std::string &name);
-// All children with that name.
-std::vector<IXML_Element *> children(IXML_Element *el, const std::string &name);
-// Names of the element's attributes, in the order they were set.
-std::vector<std::string> attrNames(IXML_Element *el);
 
 }  // namespace mdbtest

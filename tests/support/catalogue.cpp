@@ -1,31 +1,36 @@
-// Test catalogues: a new database file in a scratch directory, made by QRV_MDB_DbInit with the
-// schema script of the source tree and published at g_pstMdbCtx; rows go in through the store's own
-// operations.
+// Test catalogues (see catalogue.h).
 #include "catalogue.h"
 
 #include <mdb_platform.h>
-
 
 #include <gtest/gtest.h>
 
 namespace mdbtest {
 
+std::string Rows(sqlite3 *db, const std::string &sql) {
+    std::string out;
+    sqlite3_stmt *stmt = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr), SQLITE_OK) << sql << ": " << sqlite3_errmsg(db);
+    for (int row = 0; stmt != nullptr && sqlite3_step(stmt) == SQLITE_ROW; ++row) {
+        for (int col = 0; col < sqlite3_column_count(stmt); ++col) {
+            const unsigned char *text = sqlite3_column_text(stmt, col);
+            out += (col ? "|" : row ? "," : "") + std::string(text ? reinterpret_cast<const char *>(text) : "NULL");
+        }
+    }
+    sqlite3_finalize(stmt);
+    return out;
+}
+
 Catalogue::Catalogue() {
     QRV_MDB_SetSchemaScriptPath(MDB_TEST_SCHEMA_SCRIPT);
     int existed = -1;
     m_db = QRV_MDB_DbInit(dbPath().c_str(), &existed);
-    if (m_db == nullptr) {
-        ADD_FAILURE() << "QRV_MDB_DbInit failed on " << dbPath() << " with script " << MDB_TEST_SCHEMA_SCRIPT;
-        return;
-    }
-    EXPECT_EQ(existed, 0) << "a fresh catalogue file already existed";
+    EXPECT_TRUE(m_db != nullptr && existed == 0) << "QRV_MDB_DbInit failed on " << dbPath();
     g_pstMdbCtx = m_db;
 }
 
 Catalogue::~Catalogue() {
-    if (g_pstMdbCtx == m_db) {
-        g_pstMdbCtx = nullptr;
-    }
+    if (g_pstMdbCtx == m_db) g_pstMdbCtx = nullptr;
     sqlite3_close(m_db);
     QRV_MDB_SetSchemaScriptPath(nullptr);
 }
@@ -45,37 +50,21 @@ long long Catalogue::addFolder(long long parentId, const std::string &fileName, 
     ItemValues v;
     v.parentId = parentId;
     v.flags = static_cast<int32_t>(MDB_CLASS_FOLDER) | extraFlags;
-    v.title = fileName;
-    v.fileName = fileName;
+    v.title = v.fileName = fileName;
     return addItem(v);
 }
 
 long long Catalogue::lookup(const std::string &table, const std::string &name) {
     long long id = -1;
     uint32_t status = QRV_MDB_DbAddItemExtraInfo(m_db, &id, table.c_str(), name.c_str());
-    EXPECT_EQ(status, MDB_OK) << "QRV_MDB_DbAddItemExtraInfo: " << QRV_MDB_StatusName(status) << " for "
-                              << table << " " << name;
+    EXPECT_EQ(status, MDB_OK) << "QRV_MDB_DbAddItemExtraInfo: " << QRV_MDB_StatusName(status) << " for " << name;
     return id;
 }
 
 void Catalogue::exec(const std::string &sql) {
     char *err = nullptr;
-    int rc = sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, &err);
-    EXPECT_EQ(rc, SQLITE_OK) << sql << ": " << (err != nullptr ? err : "");
+    EXPECT_EQ(sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, &err), SQLITE_OK) << sql << ": " << (err ? err : "");
     sqlite3_free(err);
-}
-
-std::string Catalogue::scalar(const std::string &sql) {
-    sqlite3_stmt *stmt = nullptr;
-    int rc = sqlite3_prepare_v2(m_db, sql.c_str(), -1, &stmt, nullptr);
-    EXPECT_EQ(rc, SQLITE_OK) << sql << ": " << sqlite3_errmsg(m_db);
-    std::string result;
-    if (rc == SQLITE_OK && sqlite3_step(stmt) == SQLITE_ROW) {
-        const unsigned char *text = sqlite3_column_text(stmt, 0);
-        result = text != nullptr ? reinterpret_cast<const char *>(text) : "NULL";
-    }
-    sqlite3_finalize(stmt);
-    return result;
 }
 
 }  // namespace mdbtest

@@ -15,21 +15,22 @@ namespace mdbtest {
 struct ItemValues {
     long long parentId = 0;
     int32_t flags = 0;
-    std::string title;
-    std::string fileName;
+    std::string title, fileName;
     long long size = 0;
     std::string date;
     int32_t bitsPerSample = 0;
     long long duration = 0;
     int32_t nrAudioChannels = 0;
     long long resolution = 0;
-    int32_t sampleFrequency = 0;
-    int32_t bitrate = 0;
+    int32_t sampleFrequency = 0, bitrate = 0;
     std::string lastModify;
     int32_t originalTrackNumber = 0;
     long long actor = 0, album = 0, artist = 0, author = 0, creator = 0, director = 0, genre = 0,
               producer = 0, publisher = 0;
 };
+
+// The rows of a query: columns joined with '|', rows with ',' ("NULL" for SQL NULL); "" for none.
+std::string Rows(sqlite3 *db, const std::string &sql);
 
 class Catalogue {
 public:
@@ -50,10 +51,9 @@ public:
     long long addFolder(long long parentId, const std::string &fileName, int32_t extraFlags = 0);
     // A lookup entry through QRV_MDB_DbAddItemExtraInfo.
     long long lookup(const std::string &table, const std::string &name);
-    // Runs one SQL statement directly (for setting up or checking rows); fails the test on error.
+    // Runs SQL directly (for setting up or spoiling rows); fails the test on error.
     void exec(const std::string &sql);
-    // First column of the first row of a query, as text ("" for no row, "NULL" for SQL NULL).
-    std::string scalar(const std::string &sql);
+    std::string rows(const std::string &sql) const { return Rows(m_db, sql); }
 
 private:
     TempDir m_dir;

@@ -2,7 +2,6 @@
 #include "temp_dir.h"
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -11,42 +10,25 @@ namespace fs = std::filesystem;
 
 namespace mdbtest {
 
-TempDir::TempDir() {
-    std::string tmpl = (fs::temp_directory_path() / "mdbtest-XXXXXX").string();
-    if (::mkdtemp(tmpl.data()) == nullptr) {
-        throw std::runtime_error("mkdtemp failed");
-    }
-    m_path = tmpl;
+TempDir::TempDir() : m_path((fs::temp_directory_path() / "mdbtest-XXXXXX").string()) {
+    if (::mkdtemp(m_path.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
 }
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    fs::remove_all(m_path, ec);
-}
-
-std::string TempDir::file(const std::string &name) const { return m_path + "/" + name; }
 
 std::string TempDir::mkdir(const std::string &rel) const {
-    std::string full = file(rel);
-    fs::create_directories(full);
-    return full;
+    fs::create_directories(file(rel));
+    return file(rel);
 }
 
 std::string TempDir::write(const std::string &rel, const std::string &bytes) const {
-    std::string full = file(rel);
-    fs::create_directories(fs::path(full).parent_path());
-    std::ofstream out(full, std::ios::binary);
-    out << bytes;
-    return full;
+    fs::create_directories(fs::path(file(rel)).parent_path());
+    std::ofstream(file(rel), std::ios::binary) << bytes;
+    return file(rel);
 }
 
 std::string readFile(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
     std::ostringstream ss;
-    ss << in.rdbuf();
+    ss << std::ifstream(path, std::ios::binary).rdbuf();
     return ss.str();
 }
-
-bool fileExists(const std::string &path) { return fs::exists(path); }
 
 }  // namespace mdbtest

@@ -24,9 +24,7 @@ int AddCopies(const std::string &dir, const std::string &name, int folders, int 
     for (int f = 0; f < folders; ++f) {
         const std::string folder = dir + "/" + name + "/f" + std::to_string(f);
         fs::create_directories(folder);
-        for (int i = 0; i < files; ++i) {
-            fs::copy_file(track, folder + "/t" + std::to_string(i) + ".mp3");
-        }
+        for (int i = 0; i < files; ++i) fs::copy_file(track, folder + "/t" + std::to_string(i) + ".mp3");
     }
     return folders * files;
 }

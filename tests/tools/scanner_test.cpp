@@ -1,8 +1,10 @@
 // The media scanner on a copy of the sample tree: a first scan (items with their tags, properties
-// and profiles; folders with their bits; corrupt and foreign files left out) and rescans after
-// changes on disk.
+// and profiles; folders with their bits; corrupt and foreign files left out), rescans after changes
+// on disk, the roots a scan is given, titles from names that are not UTF-8, and the EXIF that the
+// sample library's stamper writes and the photo reader reads back.
 #include "catalogue.h"
 #include "sample_tree.h"
+#include "tool_runner.h"
 
 #include <media_scanner.h>
 #include <mdb_platform.h>
@@ -18,6 +20,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Values as one text, for comparing several at once.
+template <typename... T>
+std::string Join(const T &...values) {
+    std::ostringstream out;
+    ((out << values << ' '), ...);
+    return out.str();
+}
+
 class Scanner : public ::testing::Test {
 protected:
     // Scans the directories (default: the tree) in transactions of two changes, so that every scan
@@ -26,8 +36,7 @@ protected:
         char *text = nullptr;
         size_t size = 0;
         mdbscan::ScanOptions options;
-        options.batchSize = 2;
-        options.messages = open_memstream(&text, &size);
+        options.batchSize = 2, options.messages = open_memstream(&text, &size);
         mdbscan::MediaScanner scanner(catalogue.db(), options);
         const uint32_t status = scanner.Scan(dirs.empty() ? std::vector<std::string>{media} : dirs);
         fclose(options.messages);
@@ -49,13 +58,15 @@ protected:
     }
     MdbItemDetail Row(const std::string &rel) {
         MdbItemDetail detail{};
-        const long long id = IdOf(rel);
-        EXPECT_GT(id, 0) << "no row for " << rel;
-        EXPECT_TRUE(id <= 0 || QRV_MDB_GetItemDetailInfo(catalogue.db(), id, &detail) == MDB_OK) << rel;
+        EXPECT_EQ(QRV_MDB_GetItemDetailInfo(catalogue.db(), IdOf(rel), &detail), MDB_OK) << rel;
+        EXPECT_NE(detail.llId, 0) << "no row for " << rel;
         return detail;
     }
+    std::string Name(const char *table, long long id) {
+        return catalogue.rows(std::string("select name from ") + table + " where exID=" + std::to_string(id));
+    }
     std::string Absolute(const std::string &rel) const { return rel.empty() ? media : media + "/" + rel; }
-    long long ItemCount() { return std::stoll(catalogue.scalar("select count(*) from ITEM")); }
+    long long ItemCount() { return std::stoll(catalogue.rows("select count(*) from ITEM")); }
 
     Catalogue catalogue;
     std::string media = CopySampleTree(catalogue.dir().path());
@@ -63,68 +74,45 @@ protected:
     std::string messages;
 };
 
-TEST_F(Scanner, FirstScanGivesItemsTheirTagsPropertiesAndProfiles) {
+TEST_F(Scanner, FirstScanGivesItemsTheirTagsPropertiesAndProfilesAndFoldersTheirBits) {
     ASSERT_EQ(Scan(), MDB_OK) << messages;
-    auto name = [this](const char *table, long long id) {
-        return catalogue.scalar(std::string("select name from ") + table + " where exID=" + std::to_string(id));
-    };
     for (const ExpectedItem &e : kSampleItems) {
-        SCOPED_TRACE(e.rel);
-        MdbItemDetail row = Row(e.rel);
-        EXPECT_EQ(row.ulFlags & (MDB_FLAGS_CLASS_MASK | MDB_FLAGS_RESTRICTED), e.itemClass);
+        const MdbItemDetail row = Row(e.rel);
         const MdbDlnaProfile *profile = QRV_DLNA_GetProfileByProfileId(row.ulFlags);
-        ASSERT_NE(profile, nullptr) << "flags 0x" << std::hex << row.ulFlags << " name no profile";
-        EXPECT_STREQ(profile->pcProfileName, e.profile);
-        EXPECT_STREQ(profile->pcMimeType, e.mime);
-        EXPECT_STREQ(row.acTitle, e.title);
-        EXPECT_EQ(name("ARTISTS", row.llExIdArtist), e.artist);
-        EXPECT_EQ(name("ALBUMS", row.llExIdAlbum), e.album);
-        EXPECT_EQ(name("GENRES", row.llExIdGenre), e.genre);
-        EXPECT_EQ(row.ulOriginalTrackNumber, e.track);
-        EXPECT_EQ(row.ullResolution, (static_cast<uint64_t>(e.height) << 32) | e.width);
-        EXPECT_EQ(row.ulSampleFrequency, e.sampleFrequency);
-        EXPECT_EQ(row.ulNrAudioChannels, e.channels);
-        EXPECT_EQ(row.ulBitsPerSample, e.bitsPerSample);
-        EXPECT_EQ(std::string(row.acDate).rfind(e.datePrefix, 0), 0u) << row.acDate;
-        EXPECT_NE(row.acDate[0], '\0') << "every item gets a date, its file's time at least";
-        EXPECT_NEAR(row.ullDuration / 1000.0, e.durationMs, e.durationMs * 0.1 + 1);
-        EXPECT_EQ(row.ulBitrate > 0, e.itemClass != MDB_CLASS_PICTURE) << "bytes per second of sound and video";
+        ASSERT_NE(profile, nullptr) << e.rel << ": flags " << row.ulFlags << " name no profile";
         struct stat st;
         ASSERT_EQ(stat(Absolute(e.rel).c_str(), &st), 0);
-        EXPECT_EQ(row.ullSize, static_cast<uint64_t>(st.st_size));
-        EXPECT_EQ(row.acLastModify, mdbscan::FormatModificationTime(st.st_mtime));
+        // Every item gets a date (its file's time at least) and a bitrate unless it is a picture.
+        EXPECT_EQ(Join(row.ulFlags & (MDB_FLAGS_CLASS_MASK | MDB_FLAGS_RESTRICTED), profile->pcProfileName,
+                       profile->pcMimeType, row.acTitle, Name("ARTISTS", row.llExIdArtist),
+                       Name("ALBUMS", row.llExIdAlbum),
+                       Name("GENRES", row.llExIdGenre), row.ulOriginalTrackNumber, row.ullResolution,
+                       row.ulSampleFrequency, row.ulNrAudioChannels, row.ulBitsPerSample,
+                       std::string(row.acDate).rfind(e.datePrefix, 0) == 0 && row.acDate[0] != '\0',
+                       row.ulBitrate > 0, row.ullSize, row.acLastModify),
+                  Join(e.itemClass, e.profile, e.mime, e.title, e.artist, e.album, e.genre, e.track,
+                       (static_cast<uint64_t>(e.height) << 32) | e.width, e.sampleFrequency, e.channels,
+                       e.bitsPerSample, true, e.itemClass != MDB_CLASS_PICTURE, st.st_size,
+                       mdbscan::FormatModificationTime(st.st_mtime))) << e.rel;
+        EXPECT_NEAR(row.ullDuration / 1000.0, e.durationMs, e.durationMs * 0.1 + 1) << e.rel;
     }
-    EXPECT_EQ(counts.added, kSampleItems.size());
-    EXPECT_EQ(counts.files, kSampleItems.size() + kSampleCorruptFiles.size());
-    EXPECT_NE(catalogue.scalar("select count(*) from sqlite_stat1 where tbl='ITEM'"), "0") << "ANALYZE has run";
-}
-
-TEST_F(Scanner, FirstScanMakesFolderRowsAndLeavesOutWhatIsNotGoodMedia) {
-    ASSERT_EQ(Scan(), MDB_OK) << messages;
-    for (const ExpectedFolder &f : kSampleFolders) {
-        const std::string rel = f.rel;
-        SCOPED_TRACE("folder \"" + rel + "\"");
+    for (const ExpectedFolder &f : kSampleFolders) {  // a root's fileName is its absolute path
+        const std::string rel = f.rel, name = Absolute(rel).substr(Absolute(rel).find_last_of('/') + 1);
         const std::string::size_type slash = rel.find_last_of('/');
-        const std::string name = Absolute(rel).substr(Absolute(rel).find_last_of('/') + 1);
-        MdbItemDetail row = Row(rel);
-        EXPECT_EQ(row.ulFlags, f.flags());
-        EXPECT_EQ(row.llParentId, rel.empty() ? 0 : IdOf(slash == std::string::npos ? "" : rel.substr(0, slash)));
-        EXPECT_EQ(row.acFileName, rel.empty() ? media : name) << "a root's fileName is its absolute path";
-        EXPECT_EQ(row.acTitle, name);
+        const MdbItemDetail row = Row(rel);
+        EXPECT_EQ(Join(row.ulFlags, row.llParentId, row.acFileName, row.acTitle),
+                  Join(f.flags(), rel.empty() ? 0 : IdOf(slash == std::string::npos ? "" : rel.substr(0, slash)),
+                       rel.empty() ? media : name, name)) << "folder \"" << rel << "\"";
     }
-    EXPECT_EQ(counts.foldersAdded, kSampleFolders.size());
-
     for (const std::string &rel : kSampleCorruptFiles) {
-        EXPECT_EQ(IdOf(rel), -1) << rel;
-        EXPECT_NE(messages.find("skipped: " + Absolute(rel) + ": "), std::string::npos) << messages;
+        EXPECT_TRUE(IdOf(rel) == -1 && messages.find("skipped: " + Absolute(rel) + ": ") != std::string::npos) << rel;
     }
-    for (const std::string &rel : kSampleForeignFiles) {
-        EXPECT_EQ(IdOf(rel), -1) << rel;
-    }
+    for (const std::string &rel : kSampleForeignFiles) EXPECT_EQ(IdOf(rel), -1) << rel;
     EXPECT_EQ(IdOf("Pictures/Trip/.hidden.jpg"), -1) << "hidden files are left out";
-    EXPECT_EQ(counts.skipped, kSampleCorruptFiles.size());
-    EXPECT_EQ(counts.ignored, kSampleForeignFiles.size());
-    EXPECT_EQ(ItemCount(), static_cast<long long>(kSampleItems.size() + kSampleFolders.size()));
+    EXPECT_EQ(Join(counts.added, counts.files, counts.foldersAdded, counts.skipped, counts.ignored, ItemCount()),
+              Join(kSampleItems.size(), kSampleItems.size() + kSampleCorruptFiles.size(), kSampleFolders.size(),
+                   kSampleCorruptFiles.size(), kSampleForeignFiles.size(), kSampleItems.size() + kSampleFolders.size()));
+    EXPECT_NE(catalogue.rows("select count(*) from sqlite_stat1 where tbl='ITEM'"), "0") << "ANALYZE has run";
 }
 
 // File and folder names in Latin-1 (as old disks hold them) give UTF-8 titles; the rows keep the
@@ -139,28 +127,18 @@ TEST_F(Scanner, TitlesAreValidUtf8WhateverTheNamesOnDisk) {
     EXPECT_EQ(Row(folder + "/" + file).acFileName, file);
 }
 
-TEST_F(Scanner, RefusesAMissingDirectoryOrAFileBeforeAnyChange) {
-    for (const std::string &bad : {media + "/no-such-folder", Absolute("Music/Alpha/One.mp3")}) {
-        EXPECT_EQ(Scan({media, bad}), MDB_ERR_PARA) << bad;
-        EXPECT_EQ(ItemCount(), 0);
-        EXPECT_FALSE(fs::exists(Absolute("upload")));
-    }
-}
-
+// An unchanged file is not read again (a mark in its row stays); a file whose modification time
+// changed is read again in its row; new, changed, corrupted and vanished files and folders are
+// followed, and the folder bits recomputed.
 TEST_F(Scanner, RescanLeavesUnchangedFilesAndFollowsThoseThatComeChangeAndGo) {
     ASSERT_EQ(Scan(), MDB_OK) << messages;
-    const long long oneId = IdOf("Music/Alpha/One.mp3");
-    const long long rows = ItemCount();
-    catalogue.exec("update ITEM set title='marked' where id=" + std::to_string(oneId));  // a rewrite wipes it out
+    const long long oneId = IdOf("Music/Alpha/One.mp3"), rows = ItemCount();
+    catalogue.exec("update ITEM set title='marked' where id=" + std::to_string(oneId));
     ASSERT_EQ(Scan(), MDB_OK) << messages;
-    EXPECT_EQ(counts.unchanged, kSampleItems.size());
-    EXPECT_EQ(counts.added + counts.updated + counts.removed + counts.foldersAdded + counts.foldersRemoved, 0u);
-    EXPECT_EQ(counts.skipped, kSampleCorruptFiles.size()) << "corrupt files are tried again";
-    EXPECT_STREQ(Row("Music/Alpha/One.mp3").acTitle, "marked");
-    EXPECT_EQ(ItemCount(), rows);
-
-    // Same size, modification time an hour earlier: changed.
-    struct stat st;
+    EXPECT_EQ(Join(counts.unchanged, counts.added + counts.updated + counts.removed + counts.foldersAdded +
+                   counts.foldersRemoved, counts.skipped, Row("Music/Alpha/One.mp3").acTitle),
+              Join(kSampleItems.size(), 0, kSampleCorruptFiles.size(), "marked")) << "corrupt files are tried again";
+    struct stat st;  // same size, modification time an hour earlier: changed
     ASSERT_EQ(stat(Absolute("Music/Alpha/One.mp3").c_str(), &st), 0);
     struct timeval times[2] = {{st.st_atime, 0}, {st.st_mtime - 3600, 0}};
     ASSERT_EQ(utimes(Absolute("Music/Alpha/One.mp3").c_str(), times), 0);
@@ -174,59 +152,61 @@ TEST_F(Scanner, RescanLeavesUnchangedFilesAndFollowsThoseThatComeChangeAndGo) {
     fs::remove(Absolute("Pictures/icon.png"));        // a file becomes a folder of music
     fs::create_directories(Absolute("Pictures/icon.png"));
     fs::copy_file(Absolute("Music/Alpha/One.mp3"), Absolute("Pictures/icon.png/song.mp3"));
-
     ASSERT_EQ(Scan(), MDB_OK) << messages;
-    EXPECT_EQ(counts.updated, 1u);
-    EXPECT_EQ(counts.unchanged, 1u) << "memo.wav";
-    EXPECT_EQ(counts.added, 3u) << "Four.flac, art.png, song.mp3";
-    EXPECT_EQ(counts.removed, 6u) << "Three.m4a, Two.flac, the two videos, photo.jpg, the icon.png item";
-    EXPECT_EQ(counts.foldersRemoved, 1u);
-    EXPECT_EQ(counts.foldersAdded, 3u);
-    EXPECT_EQ(ItemCount(), rows + 3 - 6 - 1 + 3);
+    // updated One.mp3; unchanged memo.wav; added Four.flac, art.png, song.mp3; removed Three.m4a,
+    // Two.flac, the two videos, photo.jpg and the icon.png item; the Video folder gone, three new
+    EXPECT_EQ(Join(counts.updated, counts.unchanged, counts.added, counts.removed, counts.foldersRemoved,
+                   counts.foldersAdded, ItemCount() - rows), "1 1 3 6 1 3 -1 ");
     EXPECT_NE(messages.find("skipped: " + Absolute("Music/Alpha/Two.flac")), std::string::npos) << messages;
-
     EXPECT_EQ(IdOf("Music/Alpha/One.mp3"), oneId) << "a changed file keeps its row";
-    EXPECT_STREQ(Row("Music/Alpha/One.mp3").acTitle, "First Song") << "and is read again";
+    EXPECT_EQ(Join(Row("Music/Alpha/One.mp3").acTitle, Row("Music/Beta/Four.flac").acTitle,
+                   Row("Pictures/icon.png/song.mp3").acTitle), "First Song Second Song First Song ");
     for (const char *gone : {"Music/Beta/Three.m4a", "Music/Alpha/Two.flac", "Video", "Pictures/Trip/photo.jpg"}) {
         EXPECT_EQ(IdOf(gone), -1) << gone;
     }
-    EXPECT_STREQ(Row("Music/Beta/Four.flac").acTitle, "Second Song");
-    EXPECT_EQ(Row("Music/Gamma/Deep/art.png").ulFlags & MDB_FLAGS_CLASS_MASK, MDB_CLASS_PICTURE);
-    EXPECT_STREQ(Row("Pictures/icon.png/song.mp3").acTitle, "First Song");
-    EXPECT_EQ(catalogue.scalar("select count(*) from ITEM where parentID != 0 and parentID not in (select id from ITEM)"),
-              "0")
-        << "no row is left without its parent";
-
-    const ExpectedFolder folders[] = {
-        {"", MDB_FLAGS_FOLDER_MUSIC | MDB_FLAGS_FOLDER_PICTURE},  // lost its only videos
-        {"Music", MDB_FLAGS_FOLDER_MUSIC | MDB_FLAGS_FOLDER_PICTURE},  // gained a picture deep below
-        {"Music/Alpha", MDB_FLAGS_FOLDER_MUSIC},
-        {"Music/Beta", MDB_FLAGS_FOLDER_MUSIC},
-        {"Music/Gamma", MDB_FLAGS_FOLDER_PICTURE},
-        {"Music/Gamma/Deep", MDB_FLAGS_FOLDER_PICTURE},
-        {"Pictures", MDB_FLAGS_FOLDER_MUSIC},  // lost its last picture, gained music
-        {"Pictures/Trip", 0},
-        {"Pictures/icon.png", MDB_FLAGS_FOLDER_MUSIC},
-    };
-    for (const ExpectedFolder &f : folders) {
+    EXPECT_EQ(catalogue.rows("select count(*) from ITEM where parentID != 0 and parentID not in (select id from ITEM)"),
+              "0") << "no row is left without its parent";
+    const uint32_t M = MDB_FLAGS_FOLDER_MUSIC, P = MDB_FLAGS_FOLDER_PICTURE;
+    for (const ExpectedFolder &f : std::vector<ExpectedFolder>{{"", M | P}, {"Music", M | P}, {"Music/Alpha", M},
+             {"Music/Beta", M}, {"Music/Gamma", P}, {"Music/Gamma/Deep", P}, {"Pictures", M}, {"Pictures/Trip", 0},
+             {"Pictures/icon.png", M}}) {
         EXPECT_EQ(Row(f.rel).ulFlags, f.flags()) << "folder \"" << f.rel << "\"";
     }
 }
 
-TEST_F(Scanner, UploadFolderGoesBelowTheFirstRootAndRootsNotNamedAreLeftAlone) {
+// A missing directory or a file among the roots is refused before any change; the upload folder
+// goes below the first root only; a rescan of some roots leaves the others alone.
+TEST_F(Scanner, RootsAreCheckedFirstAndOnlyTheNamedOnesAreScanned) {
+    for (const std::string &bad : {media + "/no-such-folder", Absolute("Music/Alpha/One.mp3")}) {
+        EXPECT_EQ(Scan({media, bad}), MDB_ERR_PARA) << bad;
+        EXPECT_TRUE(ItemCount() == 0 && !fs::exists(Absolute("upload"))) << bad;
+    }
     const std::string second = catalogue.dir().mkdir("second");
     fs::copy_file(Absolute("Music/Alpha/One.mp3"), second + "/song.mp3");
     ASSERT_EQ(Scan({media, second}), MDB_OK) << messages;
-    EXPECT_TRUE(fs::is_directory(Absolute("upload")));
-    EXPECT_FALSE(fs::exists(second + "/upload")) << "only the first root gets one";
-    EXPECT_GT(IdOf("upload"), 0);
-
+    EXPECT_TRUE(fs::is_directory(Absolute("upload")) && IdOf("upload") > 0 && !fs::exists(second + "/upload"));
     const long long rows = ItemCount();
     fs::remove(second + "/song.mp3");
     ASSERT_EQ(Scan({media}), MDB_OK) << messages;
     EXPECT_EQ(ItemCount(), rows) << "the second root was not scanned, so its song stays";
     ASSERT_EQ(Scan({second}), MDB_OK) << messages;
     EXPECT_EQ(ItemCount(), rows - 1);
+}
+
+// The sample library's EXIF stamper gives a JPEG a date taken, a description and an artist, which
+// the scan reads as date, title and creator; it refuses what is not a JPEG and a wrong command line.
+TEST_F(Scanner, ReadsTheExifTheSampleStamperWrites) {
+    const std::string photo = Absolute("Pictures/Trip/photo.jpg"), icon = Absolute("Pictures/icon.png");
+    const std::string iconBytes = readFile(icon);
+    const std::pair<std::vector<std::string>, int> cases[] = {
+        {{photo, "2021:02:03 04:05:06", "Lighthouse", "Ann Lee"}, 0}, {{icon, "2021:02:03 04:05:06"}, 1}, {{photo}, 2},
+    };
+    for (const auto &[args, exitCode] : cases) EXPECT_EQ(RunProgram(MDB_TEST_EXIF_STAMP, args).exitCode, exitCode);
+    EXPECT_EQ(readFile(icon), iconBytes) << "a refused file stays as it was";
+    ASSERT_EQ(Scan(), MDB_OK) << messages;
+    const MdbItemDetail row = Row("Pictures/Trip/photo.jpg");
+    EXPECT_EQ(Join(row.acDate, row.acTitle, Name("CREATORS", row.llExIdCreator)),
+              "2021-02-03T04:05:06 Lighthouse Ann Lee ");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The mdb tool as the tests run it: standard input, output and error are scratch files, so that
-// no pipe can stall it, and coreutils' timeout bounds its time. libxml2 reads its answers.
+// Programs as the tests run them: standard input, output and error are scratch files, so that no
+// pipe can stall them, and coreutils' timeout bounds their time. libxml2 reads the tool's answers.
 #include "tool_runner.h"
 
 #include "temp_dir.h"
@@ -23,15 +23,14 @@ namespace {
 [[maybe_unused]] const bool kSchemaScriptSet = setenv("MDB_SCHEMA_SCRIPT", MDB_TEST_TOOL_SCHEMA_SCRIPT, 1) == 0;
 }  // namespace
 
-ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText, int timeoutSeconds) {
+ToolRun RunProgram(const std::string &program, const std::vector<std::string> &args, const std::string &stdinText,
+                   int timeoutSeconds) {
     TempDir scratch;
     const std::string in = scratch.write("in", stdinText), out = scratch.file("out"), err = scratch.file("err");
-    std::vector<std::string> line = {"/usr/bin/timeout", std::to_string(timeoutSeconds), MDB_TEST_TOOL};
+    std::vector<std::string> line = {"/usr/bin/timeout", std::to_string(timeoutSeconds), program};
     line.insert(line.end(), args.begin(), args.end());
     std::vector<char *> argv;
-    for (std::string &arg : line) {
-        argv.push_back(arg.data());
-    }
+    for (std::string &arg : line) argv.push_back(arg.data());
     argv.push_back(nullptr);
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);

@@ -1,5 +1,6 @@
-// Running the mdb tool for a test, and reading its Browse and Search answers: the DIDL-Lite part
-// is parsed with libxml2 (so it must be well-formed XML), the counters from their lines.
+// Running the mdb tool (or another program of the build) for a test, and reading its Browse and
+// Search answers: the DIDL-Lite part is parsed with libxml2 (so it must be well-formed XML), the
+// counters from their lines.
 #pragma once
 
 #include <string>
@@ -8,18 +9,23 @@
 namespace mdbtest {
 
 struct ToolRun {
-    int exitCode = -1;  // -1 when the tool could not be run; 124 when stopped at its time limit
+    int exitCode = -1;  // -1 when the program could not be run; 124 when stopped at its time limit
     std::string out, err;
 };
 
-// mdb with the arguments and stdinText on standard input, stopped after timeoutSeconds.
-ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText = std::string(),
-                int timeoutSeconds = 120);
+// The program with the arguments and stdinText on standard input, stopped after timeoutSeconds.
+ToolRun RunProgram(const std::string &program, const std::vector<std::string> &args,
+                   const std::string &stdinText = std::string(), int timeoutSeconds = 120);
+// mdb with the arguments.
+inline ToolRun RunTool(const std::vector<std::string> &args, const std::string &stdinText = std::string(),
+                       int timeoutSeconds = 120) {
+    return RunProgram(MDB_TEST_TOOL, args, stdinText, timeoutSeconds);
+}
 
 struct DidlObject {
     std::string element;  // "container" or "item"
     std::string id, title;
-    std::string res;  // text of the first res element
+    std::string res;         // text of the first res element
     std::string restricted;  // its restricted attribute
 };
 

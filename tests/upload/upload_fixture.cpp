@@ -10,33 +10,11 @@
 #include <cstring>
 
 namespace mdbtest {
-namespace fake {
-namespace {
 
-struct State {
-    long uptime = kStartUptime;
-    std::vector<unsigned> sleeps;
-    std::function<void()> hook;
-    bool addressesKnown = true;
-};
-
-State &state() {
-    static State s;
-    return s;
-}
-
-}  // namespace
-
-void reset() { state() = State{}; }
-void setUptime(long seconds) { state().uptime = seconds; }
-std::vector<unsigned> sleeps() { return state().sleeps; }
-void onSleep(std::function<void()> hook) { state().hook = std::move(hook); }
-void setAddressesKnown(bool known) { state().addressesKnown = known; }
-
-}  // namespace fake
+Fakes g_fakes;
 
 UploadCatalogue::UploadCatalogue(bool withUploadFolder) : rootDir(cat.dir().mkdir("media")) {
-    fake::reset();
+    g_fakes = Fakes{};
     MdbShimSetFileServerPorts(8200, 8206);
     MdbShimResetNotifications();
     rootId = uploadId = cat.addFolder(0, rootDir);
@@ -44,13 +22,6 @@ UploadCatalogue::UploadCatalogue(bool withUploadFolder) : rootDir(cat.dir().mkdi
         uploadDir = cat.dir().mkdir("media/upload");
         uploadId = cat.addFolder(rootId, "upload");
     }
-}
-
-long long UploadCatalogue::rowCount() { return std::atoll(cat.scalar("select count(*) from ITEM").c_str()); }
-bool UploadCatalogue::hasRow(long long id) { return column(id, "1") == "1"; }
-
-std::string UploadCatalogue::column(long long id, const std::string &expr) {
-    return cat.scalar("select " + expr + " from ITEM where id=" + std::to_string(id));
 }
 
 long long UploadCatalogue::addRow(long long parent, const std::string &name, uint32_t flags) {
@@ -89,6 +60,12 @@ std::string ItemDescription::text() const {
            attribute("size", size) + attribute("dlna:ifoFileURI", ifoFileUri) + "></res></item></DIDL-Lite>";
 }
 
+std::string Described(std::optional<std::string> ItemDescription::*part, const std::optional<std::string> &value) {
+    ItemDescription d;
+    d.*part = value;
+    return d.text();
+}
+
 NewObjectRequest::NewObjectRequest(const std::string &elements, uint32_t addrFamily, const std::string &containerId)
     : m_elements(elements), m_containerId(containerId), m_doc(ixmlDocument_createDocument()) {
     m_obj.pcElements = m_elements.data();
@@ -96,39 +73,21 @@ NewObjectRequest::NewObjectRequest(const std::string &elements, uint32_t addrFam
     m_obj.ulAddrFamily = addrFamily;
     m_obj.ulRestricted = 1;
     m_obj.pstDoc = m_doc;
-    m_root = ixmlDocument_createElement(m_doc, "DIDL-Lite");
-    ixmlNode_appendChild(reinterpret_cast<IXML_Node *>(m_doc), reinterpret_cast<IXML_Node *>(m_root));
-    m_obj.pstDidlRoot = m_root;
+    m_obj.pstDidlRoot = ixmlDocument_createElement(m_doc, "DIDL-Lite");
+    ixmlNode_appendChild(reinterpret_cast<IXML_Node *>(m_doc), reinterpret_cast<IXML_Node *>(m_obj.pstDidlRoot));
 }
 
 NewObjectRequest::~NewObjectRequest() {
-    keepTexts();
-    for (char *text : m_owned) {
-        free(text);
-    }
+    keepTexts(0);
+    for (char *text : m_owned) free(text);
     ixmlDocument_free(m_doc);
 }
 
-// Texts the request replaces are collected before and after each step, so none leaks.
-void NewObjectRequest::keepTexts() {
+uint32_t NewObjectRequest::keepTexts(uint32_t status) {
     for (char *text : {m_obj.pcParentId, m_obj.pcTitle, m_obj.pcDate, m_obj.pcClass, m_obj.pcSize,
                        m_obj.pcProtocolInfo, m_obj.pcIfoFileUri, m_obj.pcObjectId}) {
-        if (text != nullptr) {
-            m_owned.insert(text);
-        }
+        if (text != nullptr) m_owned.insert(text);
     }
-}
-
-uint32_t NewObjectRequest::parse() {
-    const uint32_t status = QRV_MDB_ParseElements(&m_obj);
-    keepTexts();
-    return status;
-}
-
-uint32_t NewObjectRequest::create() {
-    keepTexts();
-    const uint32_t status = QRV_MDB_CreateObject(&m_obj);
-    keepTexts();
     return status;
 }
 
@@ -139,9 +98,9 @@ long long NewObjectRequest::createdId() const {
 
 std::string NewObjectRequest::answerXml() const {
     std::string out;
-    for (IXML_Node *n = ixmlNode_getFirstChild(reinterpret_cast<IXML_Node *>(m_root)); n != nullptr;
-         n = ixmlNode_getNextSibling(n)) {
-        DOMString text = ixmlNodetoString(n);
+    IXML_Element *root = reinterpret_cast<IXML_Element *>(ixmlNode_getFirstChild(reinterpret_cast<IXML_Node *>(m_doc)));
+    for (IXML_Element *object : children(root)) {
+        DOMString text = ixmlNodetoString(reinterpret_cast<IXML_Node *>(object));
         out += text != nullptr ? text : "<unprintable>";
         ixmlFreeDOMString(text);
     }
@@ -153,30 +112,28 @@ std::string NewObjectRequest::answerXml() const {
 
 }  // namespace mdbtest
 
-using mdbtest::fake::state;
+using mdbtest::g_fakes;
 
 extern "C" unsigned int sleep(unsigned int seconds) {
-    state().uptime += static_cast<long>(seconds);
-    state().sleeps.push_back(seconds);
-    if (state().hook) {
-        state().hook();
-    }
+    g_fakes.uptime += static_cast<long>(seconds);
+    g_fakes.sleeps.push_back(seconds);
+    if (g_fakes.onSleep) g_fakes.onSleep();
     return 0;
 }
 
 extern "C" int sysinfo(struct sysinfo *info) {
     *info = {};
-    info->uptime = state().uptime;
+    info->uptime = g_fakes.uptime;
     return 0;
 }
 
 // libupnp hands out writable texts; these live as long as the program.
 extern "C" char *UpnpGetServerIpAddress(void) {
     static char address[] = "192.0.2.7";
-    return state().addressesKnown ? address : nullptr;
+    return g_fakes.addressesKnown ? address : nullptr;
 }
 
 extern "C" char *UpnpGetServerIp6Address(void) {
     static char address[] = "2001:db8::7";
-    return state().addressesKnown ? address : nullptr;
+    return g_fakes.addressesKnown ? address : nullptr;
 }

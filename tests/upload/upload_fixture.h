@@ -5,9 +5,8 @@
 // before it is initialised.
 #pragma once
 
+#include "action.h"
 #include "catalogue.h"
-
-#include <mdb.h>
 
 #include <functional>
 #include <optional>
@@ -16,21 +15,18 @@
 #include <vector>
 
 namespace mdbtest {
-namespace fake {
 
-constexpr long kStartUptime = 1000;
-// Uptime kStartUptime, no sleeps recorded, no hook, addresses known.
-void reset();
-void setUptime(long seconds);
-std::vector<unsigned> sleeps();
-void onSleep(std::function<void()> hook);
-void setAddressesKnown(bool known);
-
-}  // namespace fake
+struct Fakes {
+    long uptime = 1000;
+    std::vector<unsigned> sleeps;
+    std::function<void()> onSleep;
+    bool addressesKnown = true;
+};
+extern Fakes g_fakes;  // UploadCatalogue resets them
 
 // A catalogue laid out for uploads: a root folder row naming a real directory and, unless told
 // otherwise, the folder "upload" below it with its directory; fakes reset, file server ports 8200
-// and 8206. Going, it drops every upload note with its row.
+// and 8206, no notification counted. Going, it drops every upload note with its row.
 struct UploadCatalogue {
     explicit UploadCatalogue(bool withUploadFolder = true);
     ~UploadCatalogue() { QRV_MDB_FreeUploadList(); }
@@ -39,10 +35,12 @@ struct UploadCatalogue {
     std::string rootDir, uploadDir;
     long long rootId = 0, uploadId = 0;  // uploadId is the root's without an upload folder
 
-    long long rowCount();
-    bool hasRow(long long id);
+    long long rowCount() { return std::stoll(cat.rows("select count(*) from ITEM")); }
     // One column (or SQL expression) of row id as text ("" when there is no row).
-    std::string column(long long id, const std::string &expr);
+    std::string column(long long id, const std::string &expr) {
+        return cat.rows("select " + expr + " from ITEM where id=" + std::to_string(id));
+    }
+    bool hasRow(long long id) { return column(id, "1") == "1"; }
     // A row below parent with title = fileName = name.
     long long addRow(long long parent, const std::string &name, uint32_t flags);
     // An MP3 upload in progress: row below the upload folder, file, and a note at the current uptime.
@@ -60,6 +58,8 @@ struct ItemDescription {
     std::optional<std::string> date, size, managed, ifoFileUri;
     std::string text() const;
 };
+// The default description with one part changed.
+std::string Described(std::optional<std::string> ItemDescription::*part, const std::optional<std::string> &value);
 
 // An MdbNewObject as the media server fills it, with an answer document holding an empty
 // DIDL-Lite root. Every text the parse and CreateObject store is freed with it, and so is the
@@ -74,19 +74,19 @@ public:
 
     MdbNewObject *obj() { return &m_obj; }
     MdbNewObject *operator->() { return &m_obj; }
-    uint32_t parse();
-    uint32_t create();
+    uint32_t parse() { return keepTexts(QRV_MDB_ParseElements(&m_obj)); }
+    uint32_t create() { keepTexts(0); return keepTexts(QRV_MDB_CreateObject(&m_obj)); }
     // The row id behind the '|' of the created object's id, or -1 without one.
     long long createdId() const;
     // What CreateObject appended under the DIDL-Lite root, serialised on one line.
     std::string answerXml() const;
 
 private:
-    void keepTexts();
+    // Collects the texts the request holds (before and after each step, so none leaks); passes status on.
+    uint32_t keepTexts(uint32_t status);
     MdbNewObject m_obj{};
     std::string m_elements, m_containerId;
     IXML_Document *m_doc = nullptr;
-    IXML_Element *m_root = nullptr;
     std::set<char *> m_owned;
 };
 

@@ -1,13 +1,17 @@
-// The whole upload as a media server drives it on a real catalogue with a real root folder:
-// CreateObject, Browse while the file is expected, the file arriving, completion, Browse of the
-// finished item; the upload that never arrives, destroyed by the time-out; and the completion and
-// time-out checks on their own, with the uptime under the test's control.
-#include "action.h"
+// The life of an uploaded object as a media server drives it on a real catalogue with a real root
+// folder: CreateObject, Browse while the file is expected, the file arriving, completion, Browse
+// of the finished item; the time-out, which destroys an upload that never arrives after 35 seconds
+// of uptime read as a signed 32-bit difference, one object per call; the note list it works on;
+// and DestroyObject: what it removes, what it refuses, what it prints, and its retry.
 #include "upload_fixture.h"
 
 #include <mdb_platform.h>
 
+#include "store/store_alloc.h"
+
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -19,57 +23,38 @@ using namespace mdbtest;
 
 // What Browse (metadata of the object below the music folders) shows: status, then the text and
 // importUri ("<none>" without one) of res, or the number of objects when it is not one.
-using Shown = std::tuple<uint32_t, std::string, std::string>;
-
-Shown browse(long long id) {
+std::tuple<uint32_t, std::string, std::string> browse(long long id) {
     Action action;
-    testing::internal::CaptureStdout();
     const uint32_t status = QRV_MDB_Browse(("0.1.264|" + std::to_string(id)).c_str(), 0, action.ctx());
-    testing::internal::GetCapturedStdout();
     const auto objects = action.objects();
-    if (objects.size() != 1) {
-        return {status, std::to_string(objects.size()) + " objects", ""};
-    }
-    EXPECT_EQ(attr(objects[0], g_astDlnaCols[0].pcColName), "0.1.264|" + std::to_string(id));
+    if (objects.size() != 1) return {status, std::to_string(objects.size()) + " objects", ""};
     return {status, childText(objects[0], "res"), attr(children(objects[0], "res").at(0), "importUri")};
 }
 
 std::string importUri(long long id) { return "http://192.0.2.7:8200/web/upload/" + std::to_string(id) + ".mp3"; }
 
-// A music upload as a control point asks for it: its id, after checking the importUri answered.
-long long createMusic(UploadCatalogue &up, const std::string &title) {
+// A music upload as a control point asks for it: its id, and the path the file server writes to.
+std::pair<long long, std::string> createMusic(UploadCatalogue &up, const std::string &title) {
     ItemDescription d;
-    d.parentId = "0.1.264|" + std::to_string(up.uploadId);
-    d.title = title;
+    d.parentId = "0.1.264|" + std::to_string(up.uploadId), d.title = title;
     d.protocolInfo = "http-get:*:audio/mpeg:DLNA.ORG_PN=MP3;DLNA.ORG_OP=01;DLNA.ORG_FLAGS=01700000000000000000000000000000";
     NewObjectRequest request(d.text(), 2, *d.parentId);
-    EXPECT_EQ(request.parse(), 0u);
-    EXPECT_EQ(request.create(), 0u);
+    EXPECT_EQ(request.parse() + request.create(), 0u);
     EXPECT_EQ(attr(request->pstRes, "importUri"), importUri(request.createdId()));
-    return request.createdId();
-}
-
-// The path the file server writes an upload to, from the library's lookup.
-std::string pathOf(long long id) {
     char *path = nullptr;
-    EXPECT_EQ(QRV_MDB_GetFileInfoById(id, &path, nullptr, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(QRV_MDB_GetFileInfoById(request.createdId(), &path, nullptr, nullptr, nullptr, nullptr), 0);
     const std::string out = path != nullptr ? path : "";
     free(path);
-    return out;
-}
-
-void setSize(UploadCatalogue &up, long long id, long long size) {
-    up.cat.exec("update ITEM set size=" + std::to_string(size) + " where id=" + std::to_string(id));
+    return {request.createdId(), out};
 }
 
 // Runs the time-out check at the given uptime; its result and what it printed.
 std::pair<int32_t, std::string> checkAt(long uptime) {
-    fake::setUptime(uptime);
+    g_fakes.uptime = uptime;
     testing::internal::CaptureStdout();
     const int32_t result = QRV_MDB_AutoDestroyObject();
     return {result, testing::internal::GetCapturedStdout()};
 }
-
 std::pair<int32_t, std::string> destroyed(long long id, int32_t result = 0) {
     return {result, "35 second time out, auto destory item:" + std::to_string(id) + "\n"};
 }
@@ -85,60 +70,38 @@ TEST(UploadStory, TheFileArrivesAndTheItemBecomesAnOrdinaryItem) {
     EXPECT_EQ(QRV_MDB_CheckUploadComplete(1), 0) << "no catalogue";
     UploadCatalogue up;
     EXPECT_EQ(QRV_MDB_CheckUploadComplete(555555), 0) << "no row";
-    const long long id = createMusic(up, "Summer");
-    ASSERT_GT(id, 0);
-    EXPECT_EQ(browse(id), Shown(MDB_OK, "", importUri(id)));
+    const auto [id, path] = createMusic(up, "Summer");
+    EXPECT_EQ(browse(id), std::make_tuple(MDB_OK, std::string(), importUri(id)));
     EXPECT_EQ(QRV_MDB_CheckUploadComplete(id), 0);
-
-    // The file server receives the bytes at the importUri and stores them where the lookup says.
-    const std::string path = pathOf(id);
     EXPECT_EQ(path, up.uploadDir + "/Summer.mp3");
-    const std::string bytes(70000, 'm');
-    std::ofstream(path, std::ios::binary) << bytes;
-    setSize(up, id, static_cast<long long>(bytes.size()));
-    EXPECT_EQ(QRV_MDB_CheckUploadComplete(id), 1);
-    setSize(up, id, 1LL << 32);
-    EXPECT_EQ(QRV_MDB_CheckUploadComplete(id), 1) << "a size with only the upper 32 bits set";
-    setSize(up, id, static_cast<long long>(bytes.size()));
+    std::ofstream(path, std::ios::binary) << std::string(70000, 'm');
+    for (long long size : {1LL << 32, 70000LL}) {  // a size with only the upper 32 bits set counts
+        up.cat.exec("update ITEM set size=" + std::to_string(size) + " where id=" + std::to_string(id));
+        EXPECT_EQ(QRV_MDB_CheckUploadComplete(id), 1) << size;
+    }
     EXPECT_EQ(QRV_MDB_DelUploadNote(id), 0);
-    EXPECT_EQ(browse(id), Shown(MDB_OK, "http://192.0.2.7:8200/web/mdb/" + std::to_string(id) + ".mp3", "<none>"));
-
-    EXPECT_EQ(checkAt(fake::kStartUptime + 100), kNothing);
-    EXPECT_EQ(readFile(path), bytes);
-    EXPECT_TRUE(up.hasRow(id));
+    EXPECT_EQ(browse(id), std::make_tuple(MDB_OK, "http://192.0.2.7:8200/web/mdb/" + std::to_string(id) + ".mp3",
+                                          std::string("<none>")));
+    EXPECT_EQ(checkAt(g_fakes.uptime + 100), kNothing);
+    EXPECT_EQ(readFile(path), std::string(70000, 'm'));
 }
 
-TEST(UploadStory, AnUploadThatNeverCompletesIsDestroyedAt35SecondsNot34) {
-    UploadCatalogue up;
-    fake::setUptime(7000);
-    const long long id = createMusic(up, "Winter");
-    const std::string path = pathOf(id);
-    std::ofstream(path, std::ios::binary) << "partial";
-
-    EXPECT_EQ(checkAt(7034), kNothing);
-    EXPECT_TRUE(up.hasRow(id) && fileExists(path));
-    EXPECT_EQ(browse(id), Shown(MDB_OK, "", importUri(id)));
-
-    EXPECT_EQ(checkAt(7035), destroyed(id));
-    EXPECT_FALSE(up.hasRow(id) || fileExists(path) || QRV_MDB_FindUploadNote(id) == 0);
-    EXPECT_EQ(browse(id), Shown(MDB_ERR_NOT_FOUND, "0 objects", ""));
-}
-
-TEST(AutoDestroyObject, TakesTheAgeAsASigned32BitDifference) {
+// An upload that never completes is destroyed (row, file and note) at 35 seconds, not 34; the age
+// is a signed 32-bit difference: a note from the future is young, and an uptime wrapping past 32
+// bits still counts 34 and 35 seconds right.
+TEST(AutoDestroyObject, DestroysAt35SecondsTakingTheAgeAsASigned32BitDifference) {
     UploadCatalogue up;
     EXPECT_EQ(checkAt(100000), kNothing) << "empty list";
     const struct { const char *what; long start, now; bool destroyed; } cases[] = {
-        {"note from the future", 5000, 4000, false},
-        {"uptime wrapped past 32 bits, 35 seconds", 0xFFFFFFF0L, 0x100000013L, true},
-        {"uptime wrapped past 32 bits, 34 seconds", 0xFFFFFFF0L, 0x100000012L, false},
+        {"34", 7000, 7034, false}, {"35", 7000, 7035, true}, {"future", 5000, 4000, false},
+        {"wrapped 35", 0xFFFFFFF0L, 0x100000013L, true}, {"wrapped 34", 0xFFFFFFF0L, 0x100000012L, false},
     };
     for (const auto &c : cases) {
-        fake::setUptime(c.start);
+        g_fakes.uptime = c.start;
         const long long id = up.addUpload(std::string(c.what) + ".mp3");
-        const std::string file = up.uploadDir + "/" + c.what + ".mp3";
         EXPECT_EQ(checkAt(c.now), c.destroyed ? destroyed(id) : kNothing) << c.what;
         EXPECT_EQ(intact(up, id), !c.destroyed) << c.what;
-        EXPECT_FALSE(c.destroyed && (up.hasRow(id) || fileExists(file))) << c.what;
+        EXPECT_FALSE(c.destroyed && (up.hasRow(id) || fileExists(up.uploadDir + "/" + c.what + ".mp3"))) << c.what;
         QRV_MDB_FreeUploadList();
     }
 }
@@ -147,17 +110,15 @@ TEST(AutoDestroyObject, TakesTheAgeAsASigned32BitDifference) {
 // object is offered again at every call and blocks the expired notes behind it.
 TEST(AutoDestroyObject, DestroysOneObjectPerCallInListOrder) {
     UploadCatalogue up;
-    fake::setUptime(100);
-    const long long disabled = up.addUpload("disabled.mp3");
+    g_fakes.uptime = 100;
+    const long long disabled = up.addUpload("disabled.mp3"), older = up.addUpload("older.mp3");
     ASSERT_EQ(QRV_MDB_DisableUploadNote(disabled), 0);
-    const long long older = up.addUpload("older.mp3");
-    fake::setUptime(110);
+    g_fakes.uptime = 110;
     const long long newer = up.addUpload("newer.mp3");
-    fake::setUptime(190);
+    g_fakes.uptime = 190;
     const long long young = up.addUpload("young.mp3");
-    fake::setUptime(100);
-    const long long locked = up.addUpload("locked.mp3", MDB_FLAGS_RESTRICTED);
-    const long long behind = up.addUpload("behind.mp3");
+    g_fakes.uptime = 100;
+    const long long locked = up.addUpload("locked.mp3", MDB_FLAGS_RESTRICTED), behind = up.addUpload("behind.mp3");
     const auto restricted = destroyed(locked, static_cast<int32_t>(MDB_UPNP_ERR_RESTRICTED_OBJECT));
     EXPECT_EQ(checkAt(200), destroyed(older));
     EXPECT_TRUE(intact(up, newer));
@@ -168,10 +129,93 @@ TEST(AutoDestroyObject, DestroysOneObjectPerCallInListOrder) {
     QRV_MDB_DelUploadNote(locked);
     EXPECT_EQ(checkAt(200), destroyed(behind));
     EXPECT_EQ(checkAt(200), kNothing);
-    EXPECT_TRUE(intact(up, young));
     EXPECT_EQ(checkAt(100000), destroyed(young));
     EXPECT_EQ(checkAt(100000), kNothing);
     EXPECT_TRUE(intact(up, disabled));
+}
+
+// The note list matches the whole 64-bit id; disabling and deleting take the first match only; a
+// failed allocation adds no note; freeing the list deletes the rows of notes in both states.
+TEST(UploadNotes, MatchWholeIdsAndFreeingDeletesTheirRows) {
+    UploadCatalogue up;
+    const long long high = (1LL << 32) + 3;  // matches neither 3 nor 1 << 32
+    for (long long id : {5LL, 3LL, high, 3LL}) EXPECT_EQ(QRV_MDB_AddUploadNote(id), 0);
+    EXPECT_EQ(QRV_MDB_DisableUploadNote(1LL << 32) + QRV_MDB_FindUploadNote(-(1LL << 32) + 3), -2);
+    EXPECT_EQ(QRV_MDB_DisableUploadNote(3) + QRV_MDB_FindUploadNote(3), 0) << "a disabled note is still found";
+    MdbSetAllocator([](size_t) -> void * { return nullptr; });
+    EXPECT_EQ(QRV_MDB_AddUploadNote(2), -1);
+    MdbSetAllocator(nullptr);
+    std::string notes;
+    for (MdbUploadNote *n = g_pstUploadList; n != nullptr; n = n->pstNext) {
+        notes += std::to_string(n->llObjectId) + "/" + std::to_string(n->ulState) + " ";
+    }
+    EXPECT_EQ(notes, "5/1 3/0 " + std::to_string(high) + "/1 3/1 ") << "first match disabled, no 2";
+    for (long long id : {3LL, 5LL, 1LL << 32}) EXPECT_EQ(QRV_MDB_DelUploadNote(id), 0);
+    EXPECT_EQ(QRV_MDB_FindUploadNote(high) + QRV_MDB_FindUploadNote(3) + QRV_MDB_FindUploadNote(5), -1);
+    QRV_MDB_FreeUploadList();
+    const long long waiting = up.addUpload("a.mp3"), disabled = up.addUpload("b.mp3");
+    const long long kept = up.addRow(up.uploadId, "c.mp3", 11);
+    QRV_MDB_DisableUploadNote(disabled);
+    QRV_MDB_AddUploadNote(424242);  // a note without row
+    EXPECT_EQ(QRV_MDB_FreeUploadList(), 0);
+    EXPECT_TRUE(g_pstUploadList == nullptr && !up.hasRow(waiting) && !up.hasRow(disabled) && up.hasRow(kept));
+}
+
+// Destroys id: its result and what it printed.
+std::pair<uint32_t, std::string> destroy(long long id) {
+    testing::internal::CaptureStdout();
+    const uint32_t result = QRV_MDB_DestroyObject(id);
+    return {result, testing::internal::GetCapturedStdout()};
+}
+
+// Only the one row goes, with its note and file (a folder's files stay); restricted objects are
+// refused with 711; an id without a file says so; a bystander upload stays whole; nothing pauses.
+TEST(DestroyObject, RemovesWhatItMayAndSaysWhenNoFileIsKnown) {
+    const std::string notFound = "the file not find!\n";
+    g_fakes = Fakes{};
+    EXPECT_EQ(destroy(1), std::make_pair(0u, notFound)) << "no catalogue";
+    UploadCatalogue up;
+    const long long bystander = up.addUpload("bystander.mp3"), gone = up.addUpload("gone.mp3");
+    unlink((up.uploadDir + "/gone.mp3").c_str());
+    const long long album = up.cat.addFolder(up.uploadId, "album");
+    up.addRow(album, "inside.mp3", mp3Flags());
+    const std::string inside = up.cat.dir().write("media/upload/album/inside.mp3", "x"), root2 = up.cat.dir().mkdir("r2");
+    const struct { const char *what; long long id; uint32_t result; std::string out, watched; bool rowGoes, stays; }
+        cases[] = {
+        {"upload", up.addUpload("a.mp3"), 0u, "", up.uploadDir + "/a.mp3", true, false},
+        {"restricted", up.addUpload("r.mp3", 128), MDB_UPNP_ERR_RESTRICTED_OBJECT, "", up.uploadDir + "/r.mp3", false,
+         true},
+        {"file already gone", gone, 0u, "", "", true, false},
+        {"folder with a child", album, 0u, "", inside, true, true},
+        {"unknown id", 999999, 0u, notFound, "", false, false},
+        {"root folder", up.cat.addFolder(0, root2), 0u, notFound, root2, true, true},
+    };
+    for (const auto &c : cases) {
+        if (QRV_MDB_FindUploadNote(c.id) != 0) QRV_MDB_AddUploadNote(c.id);
+        const long long rowsBefore = up.rowCount();
+        EXPECT_EQ(destroy(c.id), std::make_pair(c.result, c.out)) << c.what;
+        EXPECT_EQ(up.rowCount(), rowsBefore - (c.rowGoes ? 1 : 0)) << c.what;
+        EXPECT_EQ(up.hasRow(c.id), c.result == MDB_UPNP_ERR_RESTRICTED_OBJECT) << c.what;
+        EXPECT_EQ(QRV_MDB_FindUploadNote(c.id), c.result == 0 ? -1 : 0) << c.what;
+        EXPECT_TRUE(c.watched.empty() || fileExists(c.watched) == c.stays) << c.what;
+    }
+    EXPECT_TRUE(g_fakes.sleeps.empty() && intact(up, bystander));
+}
+
+// A failed deletion of the row is tried once more after two seconds; the note and the file go in
+// any case.
+TEST(DestroyObject, RetriesAFailedDeletionOnceAfterTwoSeconds) {
+    for (const bool secondSucceeds : {true, false}) {
+        UploadCatalogue up;
+        const long long id = up.addUpload("song.mp3");
+        up.cat.exec("CREATE TRIGGER refuse_delete BEFORE DELETE ON ITEM BEGIN SELECT RAISE(ABORT, 'no'); END");
+        g_fakes.onSleep = [&up, secondSucceeds] { if (secondSucceeds) up.cat.exec("DROP TRIGGER refuse_delete"); };
+        EXPECT_EQ(destroy(id).first, 0u);
+        EXPECT_EQ(g_fakes.sleeps, std::vector<unsigned>{2});
+        EXPECT_EQ(up.hasRow(id), !secondSucceeds);
+        EXPECT_FALSE(QRV_MDB_FindUploadNote(id) == 0 || fileExists(up.uploadDir + "/song.mp3"));
+        up.cat.exec("DROP TRIGGER IF EXISTS refuse_delete");
+    }
 }
 
 }  // namespace
