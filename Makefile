@@ -1,5 +1,7 @@
 # The commands of the project (see README.md):
 #   make test   installs what is missing, configures, builds and runs every test
+#   make serve  installs what is missing, builds, and runs the media server mdbd in the foreground
+#               on FOLDERS (default: the sample media library); MDBD_ARGS adds options
 #   make demo   installs what is missing, builds, makes a sample media library, scans it with the
 #               mdb tool and shows the library answering Browse and Search requests on it
 #   make fuzz   builds the libFuzzer targets with clang, ASan and UBSan and runs each for FUZZ_TIME seconds
@@ -15,7 +17,7 @@ FUZZ_BUILD ?= build-fuzz
 COV_BUILD  ?= build-coverage
 FUZZ_TIME  ?= 60
 
-.PHONY: deps configure build test test-sanitize coverage demo fuzz bench clean
+.PHONY: deps configure build test test-sanitize coverage serve demo fuzz bench clean
 
 deps:
 	@scripts/install-deps.sh
@@ -63,6 +65,10 @@ fuzz:
 	    $(FUZZ_BUILD)/fuzz/mdb_fuzz_$$t -max_total_time=$(FUZZ_TIME) -timeout=10 -rss_limit_mb=2048 \
 	    -close_fd_mask=1 -artifact_prefix=fuzz-corpus-work/$$t- fuzz-corpus-work/$$t fuzz/corpus/$$t; \
 	done
+
+FOLDERS ?=
+serve: build
+	server/serve.sh $(BUILD) $(FOLDERS)
 
 demo: build
 	tools/demo.sh $(BUILD)

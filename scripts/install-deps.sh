@@ -7,6 +7,9 @@ packages=(cmake make g++ pkg-config libsqlite3-dev libupnp-dev libgtest-dev goog
 # The mdb tool's media scanner reads tags and stream properties with these libraries; ffmpeg makes
 # the sample media library of the demo and of the tool's tests.
 packages+=(libtag1-dev libexif-dev libjpeg-dev libpng-dev libavformat-dev libavcodec-dev libavutil-dev ffmpeg)
+# The media server mdbd serves files with libmicrohttpd; its tests drive it with a real UPnP
+# control point (GUPnP through Python) inside a network namespace of their own (iproute2).
+packages+=(libmicrohttpd-dev python3-gi gir1.2-gupnp-1.6 gir1.2-gupnp-av-1.0 gir1.2-gssdp-1.6 iproute2 util-linux)
 if [ "${MDB_WITH_FUZZ:-0}" = 1 ]; then
   packages+=(clang libclang-rt-14-dev)
 fi

@@ -1,0 +1,29 @@
+// mdbd's ContentDirectory:1 service: Browse, Search, the capabilities, SystemUpdateID and the
+// feature list Samsung TVs ask for. Each request is logged at verbosity 1 with its outcome.
+#pragma once
+
+#include "list_answers.h"
+
+#include <upnp.h>
+
+namespace mdbd {
+
+class Eventing;
+
+class ContentDirectory {
+public:
+    explicit ContentDirectory(Eventing &eventing) : m_eventing(eventing) {}
+
+    // Answers one action request (from a libupnp worker thread); an unknown action gets 401.
+    void Handle(UpnpActionRequest *request);
+
+private:
+    void Browse(UpnpActionRequest *request);
+    void Search(UpnpActionRequest *request);
+    void AnswerList(UpnpActionRequest *request, const ListRequest &list, ListAnswer (*answerOf)(const ListRequest &),
+                    const char *what);
+
+    Eventing &m_eventing;
+};
+
+}  // namespace mdbd

@@ -1,0 +1,73 @@
+#!/usr/bin/python3
+"""mdbd across its life: a damaged catalogue is set aside and rebuilt, a restart keeps the device's
+UDN and SystemUpdateID, and without watching SIGHUP rescans. Runs inside a private network
+namespace (run_in_namespace.sh)."""
+import glob
+import os
+import re
+import shutil
+import signal
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from mdbd_fixture import Mdbd, get, soap  # noqa: E402
+
+
+def udn_and_update_id(server):
+    udn = re.search(r"<UDN>(uuid:[^<]+)</UDN>", get(server.description)[2].decode()).group(1)
+    status, body = soap(server, "GetSystemUpdateID", {})
+    assert status == 200, body
+    return udn, int(re.search(r"<Id>(\d+)</Id>", body).group(1))
+
+
+def titles(server):
+    status, body = soap(server, "Search", {"ContainerID": "0", "SearchCriteria": 'upnp:class derivedfrom "object.item"', "Filter": "*",
+                                           "StartingIndex": "0", "RequestedCount": "0", "SortCriteria": ""})
+    assert status == 200, body
+    return sorted(re.findall(r"&lt;dc:title&gt;([^&]*)&lt;", body))
+
+
+class LifecycleTest(unittest.TestCase):
+    def test_damaged_catalogue_is_set_aside_and_a_restart_keeps_the_device(self):
+        work = tempfile.mkdtemp(prefix="mdbd-test-")
+        shutil.copytree(os.environ["MDB_TEST_SAMPLE_TREE"], os.path.join(work, "media"))
+        with open(os.path.join(work, "catalogue.db"), "wb") as f:
+            f.write(b"not a catalogue at all" * 100)
+        server = Mdbd(dir=work)
+        try:
+            aside = glob.glob(os.path.join(work, "catalogue.db.damaged-*"))
+            self.assertEqual(len(aside), 1, "\n".join(server.lines))
+            with open(aside[0], "rb") as f:
+                self.assertTrue(f.read().startswith(b"not a catalogue"))
+            before = udn_and_update_id(server)
+            items = titles(server)
+            self.assertEqual(len(items), 8)
+        finally:
+            self.assertEqual(server.stop(keep=True), 0)
+        server = Mdbd(dir=work)
+        try:
+            udn, update_id = udn_and_update_id(server)
+            self.assertEqual(udn, before[0])
+            self.assertGreaterEqual(update_id, before[1])
+            self.assertEqual(titles(server), items)
+        finally:
+            self.assertEqual(server.stop(), 0)
+
+    def test_without_watching_sighup_rescans(self):
+        server = Mdbd("--no-watch")
+        try:
+            before = titles(server)
+            os.unlink(os.path.join(server.media, "Pictures/Trip/photo.jpg"))
+            mark = len(server.lines)
+            server.process.send_signal(signal.SIGHUP)
+            server.wait_for(r"scanned \d+ media files", start=mark)
+            after = titles(server)
+            self.assertEqual(len(after), len(before) - 1)
+        finally:
+            self.assertEqual(server.stop(), 0)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
