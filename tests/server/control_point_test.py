@@ -6,6 +6,7 @@ its URL with a byte range. Runs inside a private network namespace (run_in_names
 import os
 import shutil
 import sys
+import time
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
@@ -132,6 +133,10 @@ class ControlPointTest(unittest.TestCase):
             found, _, _ = self.cp.search("0", 'dc:title = "First Song"')
             self.assertEqual(len(found), songs, "the copy carries the same tags, so a second First Song")
         self.cp.cds.set_subscribed(False)
+        # Reading the folder's files is no change to it: no rescan follows the last one.
+        mark = len(self.server.lines)
+        time.sleep(2.5)
+        self.assertEqual([line for line in self.server.lines[mark:] if "skipped:" in line or "rescanned" in line], [])
 
     def test_a_resource_is_served_by_its_url_with_ranges(self):
         song = self.cp.search("0", 'dc:title = "First Song"')[0][0]

@@ -11,6 +11,7 @@
 #include <taglib/aifffile.h>
 #include <taglib/audioproperties.h>
 #include <taglib/fileref.h>
+#include <taglib/tfilestream.h>
 #include <taglib/flacproperties.h>
 #include <taglib/mp4properties.h>
 #include <taglib/tag.h>
@@ -73,7 +74,10 @@ int32_t BitsPerSample(const TagLib::AudioProperties *properties) {
 bool ReadAudioInfo(const std::string &path, MediaInfo &info, std::string &error) {
     info.format = AudioFormatOfName(path);
 #ifdef MDB_HAVE_TAGLIB
-    TagLib::FileRef file(path.c_str(), true, TagLib::AudioProperties::Average);
+    // Read-only: TagLib opens files for writing when it may, and closing a file opened so is a
+    // change to whoever watches the folder (inotify's IN_CLOSE_WRITE), which would rescan it.
+    TagLib::FileStream stream(path.c_str(), true);
+    TagLib::FileRef file(&stream, true, TagLib::AudioProperties::Average);
     if (file.isNull() || !file.file()->isValid()) {
         error = "not a valid " + info.format + " file";
         return false;
