@@ -10,6 +10,10 @@ packages+=(libtag1-dev libexif-dev libjpeg-dev libpng-dev libavformat-dev libavc
 # The media server mdbd serves files with libmicrohttpd; its tests drive it with a real UPnP
 # control point (GUPnP through Python) inside a network namespace of their own (iproute2).
 packages+=(libmicrohttpd-dev python3-gi gir1.2-gupnp-1.6 gir1.2-gupnp-av-1.0 gir1.2-gssdp-1.6 iproute2 util-linux)
+# The second client of mdbd's tests is Node.js (node-ssdp, upnp-device-client from npm).
+if ! command -v npm >/dev/null; then
+  packages+=(nodejs npm)
+fi
 if [ "${MDB_WITH_FUZZ:-0}" = 1 ]; then
   packages+=(clang libclang-rt-14-dev)
 fi
@@ -21,19 +25,35 @@ if [ -n "${MDB_EXTRA_PACKAGES:-}" ]; then
   packages+=("${extra[@]}")
 fi
 
+# The npm packages of the Node.js client, pinned by its lock file, below tests/server/node_client.
+# Offline, the test that needs them is skipped.
+install_node_client() {
+  local dir
+  dir="$(dirname "$0")/../tests/server/node_client"
+  if command -v npm >/dev/null && [ ! -d "$dir/node_modules" ]; then
+    npm ci --prefix "$dir" --no-audit --no-fund --loglevel=error >/dev/null ||
+      echo "the npm packages of the Node.js client test could not be installed; that test will be skipped" >&2
+  fi
+}
+
 missing=()
 for p in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
     missing+=("$p")
   fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
+if [ ${#missing[@]} -eq 0 ]; then
+  install_node_client
+  exit 0
+fi
 
 if [ "$(id -u)" -ne 0 ]; then
   echo "missing Debian packages: ${missing[*]} (run as root to install them)" >&2
+  install_node_client
   exit 0
 fi
 echo "installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
 apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+install_node_client
