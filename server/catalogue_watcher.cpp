@@ -2,6 +2,7 @@
 #include "catalogue_watcher.h"
 
 #include "eventing.h"
+#include "folder_poll.h"
 #include "folder_watch.h"
 #include "library_lock.h"
 #include "log.h"
@@ -10,11 +11,12 @@
 #include <media_scanner.h>
 #include <mdb_platform.h>
 
-#include <dirent.h>
 #include <poll.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -25,8 +27,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 // A folder is rescanned this long after its last change: a file being copied changes many times.
 constexpr auto kSettle = std::chrono::seconds(1);
-// Where inotify cannot follow, folders are compared with the disk this often.
-constexpr auto kPollInterval = std::chrono::seconds(60);
+// ... but no longer than this after the first change while changes go on.
+constexpr auto kMaxDelay = std::chrono::seconds(10);
 // Changes per transaction: a batch is over in a few milliseconds, so a request waits little.
 constexpr uint32_t kBatchSize = 200;
 
@@ -35,7 +37,7 @@ template <typename Fn>
 void ForEachContainer(const MdbStaticContainer *node, Fn fn) {
     char id[256];
     if (QRV_MDB_StaticContainerGetObjId(node, id, sizeof id) == MDB_OK) {
-        fn(*node, mdbadapt::KindOfHandler(node->pfnBrowse), std::string(id));
+        fn(mdbadapt::KindOfHandler(node->pfnBrowse), std::string(id));
     }
     for (uint16_t i = 0; node->pstChildren != nullptr && i < node->usChildNum; ++i) {
         ForEachContainer(&node->pstChildren[i], fn);
@@ -49,30 +51,33 @@ public:
     void Lock() override { LibraryMutex().lock(); }
     void Unlock() override { LibraryMutex().unlock(); }
 
-    /* The containers that list a changed folder's children (the folder views of the classes the
-     * folder holds, "<view>|<folder>", or the views themselves for the roots) and the all-items
-     * containers of those classes. The root list the library holds is read anew when roots
-     * changed. */
+    /* The containers that may list what changed: every folder view of a changed folder
+     * ("<view>|<folder>", or the views themselves for the level of the roots; a folder's class
+     * bits may have changed, so views of every class), and every all-items and category
+     * container. The root list the library holds is read anew when roots changed. */
     void Committed(const std::set<long long> &folders) override {
-        std::set<std::string> containers;
-        LibraryGuard guard;
-        for (long long folder : folders) {
-            uint32_t flags = 0;
-            if (folder != 0) {
-                QRV_MDB_GetItemInfo(m_db, folder, nullptr, nullptr, 0, &flags);
-            } else {
-                QRV_MDB_DbGetRoots(m_db);
-            }
-            ForEachContainer(&g_stRootContainer, [&](const MdbStaticContainer &node, mdbadapt::HandlerKind kind,
-                                                      const std::string &id) {
-                const bool holds = folder == 0 || (node.usAdaptData < 32 && (flags & (1u << node.usAdaptData)) != 0);
-                if (kind == mdbadapt::HandlerKind::kFolders && holds) {
-                    containers.insert(folder == 0 ? id : id + "|" + std::to_string(folder));
-                } else if (kind == mdbadapt::HandlerKind::kAllItems && holds) {
-                    containers.insert(id);
-                }
-            });
+        if (folders.count(0) != 0) {
+            LibraryGuard guard;
+            QRV_MDB_DbGetRoots(m_db);
         }
+        std::set<std::string> containers;
+        ForEachContainer(&g_stRootContainer, [&](mdbadapt::HandlerKind kind, const std::string &id) {
+            switch (kind) {
+            case mdbadapt::HandlerKind::kFolders:
+                for (long long folder : folders) {
+                    containers.insert(folder == 0 ? id : id + "|" + std::to_string(folder));
+                }
+                break;
+            case mdbadapt::HandlerKind::kAllItems:
+            case mdbadapt::HandlerKind::kGenres:
+            case mdbadapt::HandlerKind::kArtists:
+            case mdbadapt::HandlerKind::kAlbums:
+                containers.insert(id);
+                break;
+            default:
+                break;
+            }
+        });
         m_eventing.Changed(containers);
     }
 
@@ -81,24 +86,41 @@ private:
     Eventing &m_eventing;
 };
 
-/* The modification times of folder and every folder below it. */
-void FolderTimes(const std::string &folder, std::map<std::string, long long> &times, size_t depth = 0) {
-    struct stat st;
-    if (depth > 64 || stat(folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || times.count(folder) != 0) {
-        return;
-    }
-    times[folder] = static_cast<long long>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec;
-    DIR *dir = opendir(folder.c_str());
-    while (dir != nullptr) {
-        struct dirent *entry = readdir(dir);
-        if (entry == nullptr) {
-            closedir(dir);
-            break;
+mdbscan::ScanOptions ScanOptionsFor(mdbscan::CatalogueLock &lock, const std::atomic<bool> &stop) {
+    mdbscan::ScanOptions options;
+    options.batchSize = kBatchSize;
+    options.lock = &lock;
+    options.stop = &stop;
+    options.messages = LogNoteStream();
+    return options;
+}
+
+/* The folders to rescan for the changed ones: each as it is on disk (a folder that is gone is
+ * rescanned from its nearest parent that is there, which sees it vanish), none below another
+ * (a rescan takes in everything below). false when a shared folder itself is gone. */
+bool FoldersToRescan(const std::set<std::string> &changed, const std::vector<std::string> &roots,
+                     std::set<std::string> &folders) {
+    for (std::string folder : changed) {
+        struct stat st;
+        while (stat(folder.c_str(), &st) != 0) {
+            const bool isRoot = std::find(roots.begin(), roots.end(), folder) != roots.end();
+            const std::string::size_type slash = folder.find_last_of('/');
+            if (isRoot || slash == std::string::npos || slash == 0) {
+                return false;
+            }
+            folder.erase(slash);
         }
-        if (entry->d_name[0] != '.') {
-            FolderTimes(folder + "/" + entry->d_name, times, depth + 1);
-        }
+        folders.insert(folder);
     }
+    for (auto it = folders.begin(); it != folders.end();) {
+        const std::string below = *it + "/";
+        auto next = std::next(it);
+        while (next != folders.end() && next->compare(0, below.size(), below) == 0) {
+            next = folders.erase(next);
+        }
+        it = next;
+    }
+    return true;
 }
 
 }  // namespace
@@ -123,12 +145,8 @@ void CatalogueWatcher::Stop() {
 /* Scans every shared folder; the roots of folders no longer shared go. */
 bool CatalogueWatcher::FullScan() {
     ScannerLock lock(m_db, m_eventing);
-    mdbscan::ScanOptions options;
-    options.batchSize = kBatchSize;
-    options.lock = &lock;
+    mdbscan::ScanOptions options = ScanOptionsFor(lock, m_stop);
     options.dropOtherRoots = true;
-    options.stop = &m_stop;
-    options.messages = LogNoteStream();
     mdbscan::MediaScanner scanner(m_db, options);
     const auto started = Clock::now();
     const uint32_t rc = scanner.Scan(m_folders);
@@ -147,12 +165,7 @@ bool CatalogueWatcher::FullScan() {
 
 void CatalogueWatcher::Rescan(const std::string &folder) {
     ScannerLock lock(m_db, m_eventing);
-    mdbscan::ScanOptions options;
-    options.batchSize = kBatchSize;
-    options.lock = &lock;
-    options.stop = &m_stop;
-    options.messages = LogNoteStream();
-    mdbscan::MediaScanner scanner(m_db, options);
+    mdbscan::MediaScanner scanner(m_db, ScanOptionsFor(lock, m_stop));
     if (scanner.RescanFolder(folder) != MDB_OK) {
         if (!m_stop) {
             LogError("%s could not be rescanned: %s", folder.c_str(), scanner.lastError().c_str());
@@ -165,83 +178,89 @@ void CatalogueWatcher::Rescan(const std::string &folder) {
     }
 }
 
+/* Watches folder and everything below it; what inotify cannot follow there is polled. */
+void CatalogueWatcher::Follow(FolderWatch &watch, FolderPoll &poll, const std::string &folder) {
+    const FolderWatch::Added added = watch.AddTree(folder, &m_stop);
+    for (const std::string &remote : added.remote) {
+        if (poll.Add(remote, &m_stop)) {
+            LogNote("%s is a network file system, whose changes inotify does not see: it is rescanned every minute",
+                    remote.c_str());
+        }
+    }
+    if (added.outOfWatches && poll.Add(folder, &m_stop)) {
+        LogNote("the kernel's inotify watches are used up (fs.inotify.max_user_watches): %s is rescanned every minute",
+                folder.c_str());
+    }
+}
+
 void CatalogueWatcher::Run() {
-    FullScan();
+    // The folders are watched before the first scan: what changes while it runs is rescanned
+    // after it.
     FolderWatch watch;
-    bool polling = false;  // some folder is followed by its modification time
-    std::map<std::string, long long> times;
+    FolderPoll poll;
     if (m_watch) {
         const bool opened = watch.Open();
         for (const std::string &folder : m_folders) {
-            if (!opened || IsRemoteFileSystem(folder)) {
-                LogNote("%s is followed by a rescan every minute (%s)", folder.c_str(),
+            if (opened && !IsRemoteFileSystem(folder)) {
+                Follow(watch, poll, folder);
+            } else if (poll.Add(folder, &m_stop)) {
+                LogNote("%s is rescanned every minute (%s)", folder.c_str(),
                         opened ? "a network file system, whose changes inotify does not see" : "no inotify");
-                polling = true;
-            } else if (watch.AddTree(folder) == FolderWatch::Added::kOutOfWatches) {
-                LogNote("the kernel's inotify watches are used up (fs.inotify.max_user_watches); %s is followed by a "
-                        "rescan every minute",
-                        folder.c_str());
-                polling = true;
-            }
-        }
-        if (polling) {
-            for (const std::string &folder : m_folders) {
-                FolderTimes(folder, times);
             }
         }
     }
+    FullScan();
     std::set<std::string> dirty;
-    Clock::time_point lastChange = Clock::now(), lastPoll = Clock::now();
+    // Rescans wait for a second without changes, but no more than kMaxDelay after the first.
+    auto lastChange = Clock::now(), firstChange = Clock::time_point::max();
     while (!m_stop) {
         struct pollfd pfd = {watch.fd(), POLLIN, 0};
-        poll(&pfd, watch.fd() >= 0 ? 1 : 0, 250);
+        ::poll(&pfd, watch.fd() >= 0 ? 1 : 0, 250);
         if (m_stop) {
             break;
         }
-        if (m_rescan.exchange(false)) {
-            LogNote("rescanning every shared folder");
-            FullScan();
+        bool overflowed = false;
+        if ((pfd.revents & POLLIN) != 0 && watch.Read(dirty, overflowed)) {
+            lastChange = Clock::now();
+            firstChange = std::min(firstChange, lastChange);
+        }
+        if (poll.Due()) {
+            const size_t before = dirty.size();
+            poll.Compare(dirty, &m_stop);
+            if (dirty.size() > before) {  // a minute old already: no settling
+                lastChange = Clock::now() - kSettle;
+                firstChange = std::min(firstChange, lastChange);
+            }
+        }
+        std::set<std::string> folders;
+        const bool full = overflowed || m_rescan.exchange(false) ||
+                          (!dirty.empty() && !FoldersToRescan(dirty, m_folders, folders));
+        if (full) {
+            LogNote(overflowed ? "too many changes at once for inotify: rescanning every shared folder"
+                               : "rescanning every shared folder");
             dirty.clear();
+            firstChange = Clock::time_point::max();
+            FullScan();
+            for (const std::string &folder : m_folders) {
+                if (watch.fd() >= 0 && !IsRemoteFileSystem(folder)) {
+                    Follow(watch, poll, folder);  // folders made meanwhile are watched from now on
+                }
+            }
             continue;
         }
-        if ((pfd.revents & POLLIN) != 0) {
-            bool overflowed = false;
-            watch.Read(dirty, overflowed);
-            lastChange = Clock::now();
-            if (overflowed) {
-                LogNote("too many changes at once for inotify; rescanning every shared folder");
-                dirty.clear();
-                FullScan();
-                continue;
-            }
+        const auto now = Clock::now();
+        if (dirty.empty() || (now - lastChange < kSettle && now - firstChange < kMaxDelay)) {
+            continue;
         }
-        if (polling && Clock::now() - lastPoll >= kPollInterval) {
-            lastPoll = Clock::now();
-            std::map<std::string, long long> now;
-            for (const std::string &folder : m_folders) {
-                FolderTimes(folder, now);
+        dirty.clear();
+        firstChange = Clock::time_point::max();
+        for (const std::string &folder : folders) {
+            if (m_stop) {
+                break;
             }
-            for (const auto &entry : now) {
-                auto before = times.find(entry.first);
-                if (before == times.end() || before->second != entry.second) {
-                    dirty.insert(entry.first);
-                }
-            }
-            times.swap(now);
-        }
-        if (!dirty.empty() && Clock::now() - lastChange >= kSettle) {
-            std::set<std::string> folders;
-            folders.swap(dirty);
-            for (std::string folder : folders) {
-                // A folder that is gone is rescanned from its parent, which sees it vanish.
-                struct stat st;
-                while (stat(folder.c_str(), &st) != 0 && folder.find('/', 1) != std::string::npos) {
-                    folder.erase(folder.find_last_of('/'));
-                }
-                Rescan(folder);
-                if (watch.fd() >= 0) {
-                    watch.AddTree(folder);  // folders made meanwhile are watched from now on
-                }
+            Rescan(folder);
+            if (watch.fd() >= 0) {
+                Follow(watch, poll, folder);  // folders made meanwhile are watched from now on
             }
         }
     }

@@ -1,9 +1,10 @@
 // Keeping mdbd's catalogue current, in a thread of its own: the first scan of the shared folders
 // (clients browse while it fills the catalogue), then the folders' changes followed with inotify
-// (a folder that changed is rescanned a second after its last change; a queue overflow rescans
-// everything), or, where inotify cannot follow (watches used up, network file systems), a
-// rescan of the folders whose modification time changed, once a minute. SIGHUP asks for a full
-// rescan. Each batch the scanner commits raises SystemUpdateID and names its containers.
+// (a folder that changed is rescanned a second after the last change, or ten seconds after the
+// first while changes go on; a queue overflow rescans everything), or, where inotify cannot follow
+// (watches used up, network file systems), a rescan of the folders whose modification time
+// changed, once a minute. SIGHUP asks for a full rescan. Each batch the scanner commits raises
+// SystemUpdateID and names its containers.
 //
 // The scanner reads directories and tags with no lock held and no transaction open; it writes
 // in short batches, each holding the library mutex from BEGIN IMMEDIATE to COMMIT, so that a
@@ -23,6 +24,8 @@
 namespace mdbd {
 
 class Eventing;
+class FolderPoll;
+class FolderWatch;
 
 class CatalogueWatcher {
 public:
@@ -41,6 +44,7 @@ private:
     void Run();
     bool FullScan();
     void Rescan(const std::string &folder);
+    void Follow(FolderWatch &watch, FolderPoll &poll, const std::string &folder);
 
     sqlite3 *m_db;
     Eventing &m_eventing;

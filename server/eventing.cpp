@@ -16,6 +16,7 @@ constexpr auto kModeration = std::chrono::seconds(2);
 // point that reads the event before the answer (GUPnP does) drops it for an unknown SID, and then
 // resubscribes at the next event, missing that one too. A short delay lets the answer arrive first.
 constexpr auto kAcceptDelay = std::chrono::milliseconds(250);
+constexpr size_t kMaxContainerIds = 200;
 
 /* Calls fn with the variables as the two arrays libupnp takes. */
 template <typename Fn>
@@ -59,6 +60,7 @@ void Eventing::Stop() {
         m_thread.join();
     }
     m_state.systemUpdateId = SystemUpdateId();
+    m_state.running = false;
     SaveServerState(m_statePath, m_state);
 }
 
@@ -143,9 +145,14 @@ void Eventing::Run() {
 
 void Eventing::SendEvent(const std::set<std::string> &containers) {
     const std::string updateId = std::to_string(SystemUpdateId());
+    // Past kMaxContainerIds the list is left empty: clients then go by SystemUpdateID alone,
+    // which an event of that size amounts to anyway.
     std::string containerIds;
     for (const std::string &container : containers) {
         containerIds += (containerIds.empty() ? "" : ",") + container + "," + updateId;
+    }
+    if (containers.size() > kMaxContainerIds) {
+        containerIds.clear();
     }
     const StateVariables variables = {{"SystemUpdateID", updateId}, {"ContainerUpdateIDs", containerIds}};
     WithArrays(variables, [&](const char **names, const char **values, int count) {

@@ -9,6 +9,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <strings.h>
 #include <microhttpd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -112,12 +113,34 @@ MHD_Result Reply(MHD_Connection *connection, unsigned status, const char *text) 
     return queued;
 }
 
+/* The transfer mode of the answer: the one the client asks for (transferMode.dlna.org) when the
+ * item allows it, the item's own when it asks for none or for no mode DLNA knows; NULL for a mode
+ * the item does not allow (Streaming of an image, Interactive of audio or video), which is 406. */
+const char *TransferMode(const char *asked, bool streaming) {
+    const char *own = streaming ? "Streaming" : "Interactive";
+    if (asked == nullptr) {
+        return own;
+    }
+    if (strcasecmp(asked, "Background") == 0) {
+        return "Background";
+    }
+    if (strcasecmp(asked, "Streaming") == 0 || strcasecmp(asked, "Interactive") == 0) {
+        return strcasecmp(asked, own) == 0 ? own : nullptr;
+    }
+    return own;
+}
+
 /* GET or HEAD of one media item. */
 MHD_Result ServeItem(MHD_Connection *connection, const char *name) {
     MediaFile file;
     const long long id = ItemIdOf(name);
     if (id <= 0 || !LookUpItem(id, file)) {
         return Reply(connection, MHD_HTTP_NOT_FOUND, "no such item\n");
+    }
+    const char *mode =
+        TransferMode(MHD_lookup_connection_value(connection, MHD_HEADER_KIND, "transferMode.dlna.org"), file.streaming);
+    if (mode == nullptr) {
+        return Reply(connection, MHD_HTTP_NOT_ACCEPTABLE, "this transfer mode is not offered for this item\n");
     }
     const int fd = open(file.path.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat st;
@@ -150,7 +173,7 @@ MHD_Result ServeItem(MHD_Connection *connection, const char *name) {
     if (!file.contentFeatures.empty()) {
         MHD_add_response_header(response, "contentFeatures.dlna.org", file.contentFeatures.c_str());
     }
-    MHD_add_response_header(response, "transferMode.dlna.org", file.streaming ? "Streaming" : "Interactive");
+    MHD_add_response_header(response, "transferMode.dlna.org", mode);
     unsigned status = MHD_HTTP_OK;
     if (range.kind == ByteRange::kPart) {
         const std::string contentRange = "bytes " + std::to_string(range.offset) + "-" +

@@ -2,9 +2,11 @@
 // operations share one SQLite connection and process-wide lists (the root folders, the upload
 // notes) without locks of their own, while libupnp calls mdbd from a pool of worker threads, the
 // file server from threads of its own, and the scanner runs in a thread too. So every library
-// call, and every touch of the library's globals, happens under this one mutex. What needs no
-// library (reading SOAP arguments, serialising an answer, reading or writing media files) happens
-// outside it, so that a request holds it for the time of its SQL only.
+// call that reads or writes the catalogue or the library's lists happens under this one mutex.
+// The library's pure translations, which touch neither (Filter and SortCriteria conversion, the
+// search criteria check, locating a static container, a profile's protocolInfo), run outside it,
+// as do reading SOAP arguments, serialising an answer and reading or writing media files, so
+// that a request holds it for the time of its SQL only.
 //
 // Lock order: this mutex first, then SQLite's locks. Inside mdbd every SQLite statement runs under
 // the mutex, so mdbd's own threads never wait for each other inside SQLite; the only wait under

@@ -205,11 +205,24 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
     if (filter == nullptr || doc.root() == nullptr) {
         return Failure(kCannotProcess, "Cannot process the request");
     }
+    // The genre, artist and album values come in the order of the catalogue: mdbd reads them all
+    // and sorts them by title (descending when the SortCriteria begins so).
+    const bool values = wholeList && subId == nullptr &&
+                        (kind == HandlerKind::kGenres || kind == HandlerKind::kArtists || kind == HandlerKind::kAlbums);
     const uint32_t count = PageSize(request.count);
-    const uint32_t asked = wholeList ? (count > UINT32_MAX - request.start ? UINT32_MAX : request.start + count) : count;
+    uint32_t start = request.start, asked = count;
+    if (request.metadata) {
+        start = 0;  // the library would apply StartingIndex to the one row of the object
+        asked = 1;
+    } else if (values) {
+        start = 0;
+        asked = UINT32_MAX;
+    } else if (wholeList) {
+        start = 0;
+        asked = count > UINT32_MAX - request.start ? UINT32_MAX : request.start + count;
+    }
     char objectId[256], errorText[64] = "";
-    MdbActionCtx action =
-        MakeAction(objectId, request, wholeList ? 0 : request.start, asked, filter.get(), sort.get(), doc, errorText);
+    MdbActionCtx action = MakeAction(objectId, request, start, asked, filter.get(), sort.get(), doc, errorText);
     uint32_t status;
     {
         LibraryGuard guard;
@@ -226,8 +239,13 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
     if (request.metadata && doc.ObjectCount() == 0) {
         return Failure(kNoSuchObject, "No such object");
     }
+    if (values) {
+        const std::string::size_type first = request.sort.find_first_not_of(' ');
+        doc.SortByTitle(first != std::string::npos && request.sort.compare(first, 9, "-dc:title") == 0);
+    }
     if (wholeList) {
         doc.DropFirst(request.start);
+        doc.KeepFirst(count);
     }
     // The library writes a row's parentID as the base of its listing ("0.1.264" for every row of a
     // folder view); clients that go up by parentID need the container they came from: the browsed

@@ -77,6 +77,7 @@ int Serve(const Options &options, const std::vector<std::string> &folders) {
         LibraryGuard guard;
         QRV_MDB_DbGetRoots(catalogue.db());
     }
+    state.running = true;
     if (!SaveServerState(statePath, state)) {
         LogError("the server state cannot be saved beside the catalogue (%s)", statePath.c_str());
         return 1;
@@ -125,9 +126,13 @@ int Serve(const Options &options, const std::vector<std::string> &folders) {
             watcher.RequestRescan();
             continue;
         }
-        LogNote("stopping (%s)", strsignal(signal));
+        LogNote("stopping (%s); a second signal ends mdbd at once", strsignal(signal));
         break;
     }
+    // A stop that hangs (a catalogue locked by another process) can still be ended.
+    ::signal(SIGINT, SIG_DFL);
+    ::signal(SIGTERM, SIG_DFL);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     watcher.Stop();
     device.Stop();  // byebye, and no request runs after it
     files.Stop();

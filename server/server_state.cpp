@@ -12,6 +12,10 @@ namespace mdbd {
 
 namespace {
 
+// SystemUpdateID rises with every committed batch, and a crash can lose at most a few seconds
+// of them; far more than that is skipped after one.
+constexpr uint32_t kUnsavedMargin = 10000;
+
 /* A random (version 4) UUID from the kernel's random source. */
 std::string NewUdn() {
     unsigned char bytes[16] = {};
@@ -50,7 +54,15 @@ ServerState LoadServerState(const std::string &path) {
             state.udn = value;
         } else if (key == "system_update_id") {
             state.systemUpdateId = static_cast<uint32_t>(strtoul(value.c_str(), nullptr, 10));
+        } else if (key == "running") {
+            state.running = value == "1";
         }
+    }
+    // A server that did not stop cleanly may have answered with ids it had not saved yet (they
+    // rise with every change, the file only with every event): the next ones must be new.
+    if (state.running) {
+        state.systemUpdateId += kUnsavedMargin;
+        state.running = false;
     }
     if (state.udn.empty()) {
         state.udn = NewUdn();
@@ -64,9 +76,11 @@ bool SaveServerState(const std::string &path, const ServerState &state) {
     if (file == nullptr) {
         return false;
     }
-    const bool written = fprintf(file, "udn=%s\nsystem_update_id=%u\n", state.udn.c_str(), state.systemUpdateId) > 0;
+    const bool written = fprintf(file, "udn=%s\nsystem_update_id=%u\nrunning=%d\n", state.udn.c_str(),
+                                 state.systemUpdateId, state.running ? 1 : 0) > 0;
+    const bool synced = fflush(file) == 0 && fsync(fileno(file)) == 0;
     const bool closed = fclose(file) == 0;
-    if (!written || !closed || rename(temporary.c_str(), path.c_str()) != 0) {
+    if (!written || !synced || !closed || rename(temporary.c_str(), path.c_str()) != 0) {
         unlink(temporary.c_str());
         return false;
     }

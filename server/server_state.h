@@ -11,6 +11,7 @@ namespace mdbd {
 struct ServerState {
     std::string udn;                 // "uuid:..." (made once, at the first start)
     uint32_t systemUpdateId = 0;
+    bool running = false;  // saved as true while the server runs, false when it stopped cleanly
 };
 
 // Reads the state at path; a missing or unreadable file gives a new UDN and SystemUpdateID 0.

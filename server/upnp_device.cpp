@@ -9,6 +9,9 @@
 
 #include <upnptools.h>
 
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -59,14 +62,42 @@ void RemoveWebRoot(const std::string &root) {
     rmdir(root.c_str());
 }
 
+#if UPNP_VERSION >= 11400
+/* The name of the interface that holds IPv4 address, empty when none does. */
+std::string InterfaceOf(const std::string &address) {
+    std::string name;
+    struct ifaddrs *interfaces = nullptr;
+    if (getifaddrs(&interfaces) != 0) {
+        return name;
+    }
+    for (const struct ifaddrs *i = interfaces; i != nullptr && name.empty(); i = i->ifa_next) {
+        char text[INET_ADDRSTRLEN];
+        if (i->ifa_addr != nullptr && i->ifa_addr->sa_family == AF_INET &&
+            inet_ntop(AF_INET, &reinterpret_cast<const struct sockaddr_in *>(i->ifa_addr)->sin_addr, text,
+                      sizeof text) != nullptr &&
+            address == text) {
+            name = i->ifa_name;
+        }
+    }
+    freeifaddrs(interfaces);
+    return name;
+}
+#endif
+
 }  // namespace
 
 bool UpnpDevice::Init(const DeviceSettings &settings, std::string &error) {
     // UpnpInit2 takes an interface and skips loopback; an explicit address needs the older
-    // UpnpInit, which takes one IPv4 address and serves loopback too.
+    // UpnpInit, which takes one IPv4 address and serves loopback too. libupnp 1.14 dropped
+    // UpnpInit: there the address is served through the interface that holds it.
+#if UPNP_VERSION < 11400
     int rc = settings.address.empty()
                  ? UpnpInit2(settings.interface.empty() ? nullptr : settings.interface.c_str(), settings.port)
                  : UpnpInit(settings.address.c_str(), settings.port);
+#else
+    const std::string interface = settings.address.empty() ? settings.interface : InterfaceOf(settings.address);
+    int rc = UpnpInit2(interface.empty() ? nullptr : interface.c_str(), settings.port);
+#endif
     if (rc != UPNP_E_SUCCESS) {
         error = std::string("the UPnP stack cannot start") +
                 (settings.address.empty() ? settings.interface.empty() ? "" : " on interface " + settings.interface
@@ -124,13 +155,13 @@ void UpnpDevice::Stop() {
         m_handle = -1;
     }
     if (m_eventing != nullptr) {
-        m_eventing->Stop();
-        m_eventing = nullptr;
+        m_eventing->Stop();  // no event is sent after this; a late subscription is only queued
     }
     if (m_started) {
-        UpnpFinish();
+        UpnpFinish();  // waits for the callbacks under way
         m_started = false;
     }
+    m_eventing = nullptr;
     RemoveWebRoot(m_webRoot);
     m_webRoot.clear();
 }

@@ -1,7 +1,8 @@
 // mdbd's device on libupnp: the stack started on the chosen address, the device description and
 // the service files written to a web root of its own, the device registered and announced, and
 // every control and subscription request handed to its service. Written for libupnp 1.8.4 and
-// its accessor API (UpnpActionRequest_get_...), which newer versions keep.
+// its accessor API (UpnpActionRequest_get_...), which newer versions keep; the one call that
+// 1.14 dropped (UpnpInit) is chosen by version.
 #pragma once
 
 #include <upnp.h>

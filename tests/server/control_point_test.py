@@ -76,7 +76,7 @@ class ControlPointTest(unittest.TestCase):
                 self.assertEqual(len(resources), 1, o.get_title())
                 info = resources[0].get_protocol_info()
                 titles[o.get_title()] = (o.get_upnp_class(), info.get_mime_type())
-                meta, returned, _ = self.cp.browse(o.get_id(), flag="BrowseMetadata")
+                meta, returned, _ = self.cp.browse(o.get_id(), flag="BrowseMetadata", start=1)
                 self.assertEqual([(m.get_id(), m.get_parent_id()) for m in meta], [(o.get_id(), container)])
         self.assertEqual(titles, SAMPLE_ITEMS)
 
@@ -88,6 +88,12 @@ class ControlPointTest(unittest.TestCase):
         self.assertEqual(songs, sorted(songs))
         backwards = [o.get_title() for o in self.cp.browse(alpha.get_id(), sort="-dc:title")[0]]
         self.assertEqual(backwards, sorted(songs, reverse=True))
+        # Genre values too, which the catalogue holds in the order they were met (Pop, Jazz).
+        for sort, descending in (("", False), ("-dc:title", True)):
+            genres = [o.get_title() for o in self.cp.browse("0.1.257", sort=sort)[0]]
+            self.assertEqual(genres, sorted(genres, reverse=descending))
+            self.assertEqual([o.get_title() for o in self.cp.browse("0.1.257", sort=sort, start=1, count=1)[0]],
+                             genres[1:2])
 
     def test_search_and_the_errors_clients_understand(self):
         songs, _, total = self.cp.search("0", 'dc:title contains "Song"')
@@ -149,6 +155,9 @@ class ControlPointTest(unittest.TestCase):
         status, headers, body = get(url, method="HEAD")
         self.assertEqual((status, body, headers["Content-Length"]), (200, b"", str(len(data))))
         self.assertEqual(headers["transferMode.dlna.org"], "Streaming")
+        for mode, status in (("Background", 200), ("Interactive", 406), ("Streaming", 200)):
+            answer = get(url, {"transferMode.dlna.org": mode}, method="HEAD")
+            self.assertEqual((answer[0], answer[1]["transferMode.dlna.org"] if status == 200 else mode), (status, mode))
         self.assertTrue(headers["contentFeatures.dlna.org"].startswith("DLNA.ORG_PN=MP3;DLNA.ORG_OP="))
         self.assertEqual(get(url, {"Range": "bytes=%d-" % len(data)})[0], 416)
         self.assertEqual(get(url)[2], data)

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """mdbd across its life: a damaged catalogue is set aside and rebuilt, a restart keeps the device's
-UDN and SystemUpdateID, and without watching SIGHUP rescans. Runs inside a private network
+UDN and SystemUpdateID (one after a kill skips the ids it may not have saved), a moved folder is
+followed where it went, and without watching SIGHUP rescans. Runs inside a private network
 namespace (run_in_namespace.sh)."""
 import glob
 import os
@@ -9,6 +10,7 @@ import shutil
 import signal
 import sys
 import tempfile
+import time
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
@@ -52,6 +54,28 @@ class LifecycleTest(unittest.TestCase):
             self.assertEqual(udn, before[0])
             self.assertGreaterEqual(update_id, before[1])
             self.assertEqual(titles(server), items)
+            server.process.kill()  # no clean stop: ids it answered with may be unsaved
+            server.process.wait()
+        finally:
+            server.stop(keep=True)
+        server = Mdbd(dir=work)
+        try:
+            self.assertGreater(udn_and_update_id(server)[1], update_id + 1000)
+            self.assertEqual(titles(server), items)
+        finally:
+            self.assertEqual(server.stop(), 0)
+
+    def test_a_moved_folder_is_followed_where_it_went(self):
+        server = Mdbd()
+        try:
+            count = len(titles(server))
+            os.rename(os.path.join(server.media, "Pictures/Trip"), os.path.join(server.media, "Video/Trip"))
+            time.sleep(1.5)  # the move is rescanned before the next change
+            shutil.copy(os.path.join(server.media, "Video/Trip/photo.jpg"), os.path.join(server.media, "Video/Trip/new.jpg"))
+            deadline = time.monotonic() + 20
+            while len(titles(server)) == count and time.monotonic() < deadline:
+                time.sleep(0.2)
+            self.assertEqual(len(titles(server)), count + 1)
         finally:
             self.assertEqual(server.stop(), 0)
 

@@ -1,13 +1,31 @@
 // The DIDL-Lite answer document.
 #include "didl_document.h"
 
+#include <strings.h>
+
+#include <algorithm>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 namespace mdbcommon {
 
 namespace {
 
 IXML_Node *AsNode(IXML_Element *element) { return reinterpret_cast<IXML_Node *>(element); }
+
+/* The text of an object's dc:title, empty without one. */
+std::string TitleOf(IXML_Node *object) {
+    for (IXML_Node *child = ixmlNode_getFirstChild(object); child != nullptr; child = ixmlNode_getNextSibling(child)) {
+        const char *name = ixmlNode_getNodeName(child);
+        if (name != nullptr && std::strcmp(name, "dc:title") == 0) {
+            IXML_Node *text = ixmlNode_getFirstChild(child);
+            const char *value = text != nullptr ? ixmlNode_getNodeValue(text) : nullptr;
+            return value != nullptr ? value : "";
+        }
+    }
+    return std::string();
+}
 
 }  // namespace
 
@@ -51,6 +69,38 @@ void DidlDocument::DropFirst(uint32_t count) {
         IXML_Node *removed = nullptr;
         ixmlNode_removeChild(AsNode(m_root), first, &removed);
         ixmlNode_free(removed);
+    }
+}
+
+void DidlDocument::KeepFirst(uint32_t count) {
+    IXML_Node *node = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr;
+    for (uint32_t i = 0; i < count && node != nullptr; ++i) {
+        node = ixmlNode_getNextSibling(node);
+    }
+    while (node != nullptr) {
+        IXML_Node *next = ixmlNode_getNextSibling(node);
+        IXML_Node *removed = nullptr;
+        ixmlNode_removeChild(AsNode(m_root), node, &removed);
+        ixmlNode_free(removed);
+        node = next;
+    }
+}
+
+void DidlDocument::SortByTitle(bool descending) {
+    std::vector<std::pair<std::string, IXML_Node *>> objects;
+    for (IXML_Node *node = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr; node != nullptr;
+         node = ixmlNode_getNextSibling(node)) {
+        objects.emplace_back(TitleOf(node), node);
+    }
+    std::stable_sort(objects.begin(), objects.end(), [descending](const auto &a, const auto &b) {
+        const int order = strcasecmp(a.first.c_str(), b.first.c_str());
+        return descending ? order > 0 : order < 0;
+    });
+    // Taken out and appended again in order: ixml moves a node that is appended where it is.
+    for (auto &object : objects) {
+        IXML_Node *removed = nullptr;
+        ixmlNode_removeChild(AsNode(m_root), object.second, &removed);
+        ixmlNode_appendChild(AsNode(m_root), removed);
     }
 }
 

@@ -25,6 +25,11 @@ public:
     uint32_t ObjectCount() const;
     // Removes the first count objects (a page that the library does not begin where asked).
     void DropFirst(uint32_t count);
+    // Removes the objects after the first count.
+    void KeepFirst(uint32_t count);
+    // Orders the objects by dc:title, ignoring ASCII case (a list that the library reads in no
+    // order).
+    void SortByTitle(bool descending);
     // Sets the parentID of every object.
     void SetParentIds(const std::string &parentId);
     // Moves every object below container: its id becomes container followed by the part of its id

@@ -289,7 +289,11 @@ uint32_t CatalogueWriter::SetFolderFlags(long long id, uint32_t oldFlags, uint32
     if (rc != MDB_OK) {
         return rc;
     }
+    // The folder's class bits decide in which views of its parent it is listed.
+    long long parentId = 0;
+    QRV_MDB_GetItemInfo(m_db, id, &parentId, nullptr, 0, nullptr);
     m_touched.insert(id);
+    m_touched.insert(parentId);
     const uint32_t added = newFlags & ~oldFlags;
     if ((oldFlags & ~newFlags) != 0 || (added & ~kFolderBits) != 0) {
         rc = QRV_MDB_SetFolderFlags(m_db, id, static_cast<int32_t>(newFlags));
