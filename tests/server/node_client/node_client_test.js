@@ -114,8 +114,9 @@ test('a second control point discovers, browses, searches and hears events', asy
   } finally {
     ssdp.stop();
     server.child.kill('SIGTERM');
-    const code = await waitFor(() => server.child.exitCode !== null && {code: server.child.exitCode}, 20000);
+    const ended = await waitFor(() => (server.child.exitCode !== null || server.child.signalCode !== null) &&
+                                {code: server.child.exitCode, signal: server.child.signalCode}, 20000);
     fs.rmSync(server.dir, {recursive: true, force: true});
-    assert.strictEqual(code.code, 0, server.log());
+    assert.deepStrictEqual(ended, {code: 0, signal: null}, server.log());
   }
 });
