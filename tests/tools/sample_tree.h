@@ -47,7 +47,8 @@ inline const std::vector<std::string> kSampleCorruptFiles = {"Music/broken.mp3",
                                                              "Video/empty.mp4", "Music/Alpha/noise.flac"};
 inline const std::vector<std::string> kSampleForeignFiles = {"Music/notes.txt", "cover.xyz"};
 
-// Folders ("" is the root) and the bits of the classes below them; "upload" is made by the scan.
+// Folders ("" is the root) and the bits of the classes below them; "upload" is made by the scan and
+// is listed in every folder view (so are the folders above it) while empty.
 struct ExpectedFolder {
     const char *rel;
     uint32_t bits;
@@ -62,7 +63,7 @@ inline const std::vector<ExpectedFolder> kSampleFolders = {
     {"Video", MDB_FLAGS_FOLDER_VIDEO},
     {"Pictures", MDB_FLAGS_FOLDER_PICTURE},
     {"Pictures/Trip", MDB_FLAGS_FOLDER_PICTURE},
-    {"upload", 0},
+    {"upload", MDB_FLAGS_FOLDER_MUSIC | MDB_FLAGS_FOLDER_VIDEO | MDB_FLAGS_FOLDER_PICTURE},
 };
 
 // Copies the tree to dir/media and returns the copy's real path (the form a scan stores).

@@ -166,8 +166,8 @@ TEST_F(Scanner, RescanLeavesUnchangedFilesAndFollowsThoseThatComeChangeAndGo) {
     }
     EXPECT_EQ(catalogue.rows("select count(*) from ITEM where parentID != 0 and parentID not in (select id from ITEM)"),
               "0") << "no row is left without its parent";
-    const uint32_t M = MDB_FLAGS_FOLDER_MUSIC, P = MDB_FLAGS_FOLDER_PICTURE;
-    for (const ExpectedFolder &f : std::vector<ExpectedFolder>{{"", M | P}, {"Music", M | P}, {"Music/Alpha", M},
+    const uint32_t M = MDB_FLAGS_FOLDER_MUSIC, P = MDB_FLAGS_FOLDER_PICTURE, V = MDB_FLAGS_FOLDER_VIDEO;
+    for (const ExpectedFolder &f : std::vector<ExpectedFolder>{{"", M | P | V}, {"Music", M | P}, {"Music/Alpha", M},
              {"Music/Beta", M}, {"Music/Gamma", P}, {"Music/Gamma/Deep", P}, {"Pictures", M}, {"Pictures/Trip", 0},
              {"Pictures/icon.png", M}}) {
         EXPECT_EQ(Row(f.rel).ulFlags, f.flags()) << "folder \"" << f.rel << "\"";

@@ -151,7 +151,7 @@ uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
     if (rc == MDB_OK) {
         rc = EnsureUploadFolder();
     }
-    for (size_t i = 0; rc == MDB_OK && i < roots.size(); ++i) {
+    for (size_t i = 0; rc == MDB_OK && !m_options.rootsOnly && i < roots.size(); ++i) {
         struct stat st;
         stat(roots[i].c_str(), &st);
         m_ancestors.assign(1, Ancestor{static_cast<unsigned long long>(st.st_dev),
@@ -170,7 +170,7 @@ uint32_t MediaScanner::Scan(const std::vector<std::string> &directories) {
         }
         return rc;
     }
-    rc = m_writer.Analyze();
+    rc = m_options.rootsOnly ? MDB_OK : m_writer.Analyze();
     if (rc != MDB_OK) {
         m_error = "the catalogue could not be analysed";
     }
@@ -214,7 +214,7 @@ uint32_t MediaScanner::EnsureUploadFolder() {
         ++m_counts.foldersAdded;
     }
     if (rc == MDB_OK) {
-        rc = m_writer.AddFolder(firstRoot, kUploadFolderName, MDB_CLASS_FOLDER, m_uploadFolderId);
+        rc = m_writer.AddFolder(firstRoot, kUploadFolderName, kUploadFolderFlags, m_uploadFolderId);
     }
     if (rc == MDB_OK) {
         m_uploadFolder = uploadPath;
@@ -328,8 +328,13 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
     if (rc == MDB_OK) {
         rc = WriteFiles(jobs, rows, bits);
     }
-    // Rows that no entry claimed: vanished, no longer media, or now unreadable.
+    // Rows that no entry claimed: vanished, no longer media, or now unreadable. In the upload
+    // folder an object whose file is still to come stays, as does one whose file arrived since
+    // the folder was listed.
     for (auto it = rows.begin(); rc == MDB_OK && it != rows.end(); ++it) {
+        if (folderId == m_uploadFolderId && IsUploadInProgress(it->second.id, path + "/" + it->first)) {
+            continue;
+        }
         RemovedRows removed;
         rc = m_writer.DeleteTree(it->second, removed);
         m_counts.removed += removed.items;
@@ -338,12 +343,20 @@ uint32_t MediaScanner::ScanFolder(const std::string &path, long long folderId, u
     if (rc == MDB_OK) {
         rc = m_writer.SetFolderFlags(folderId, folderFlags, BaseFlags(folderId) | (bits & kFolderBits));
     }
+    bits |= BaseFlags(folderId) & kFolderBits;  // the upload folder shows its parent in every view
     return rc;
+}
+
+/* True while the upload of object id has a note in this process (a media server's) or once its
+ * file is at path. */
+bool MediaScanner::IsUploadInProgress(long long id, const std::string &path) {
+    const uint32_t noted = m_writer.Locked([id] { return QRV_MDB_FindUploadNote(id) == 0 ? 1u : 0u; });
+    return noted != 0 || access(path.c_str(), F_OK) == 0;
 }
 
 /* A folder row's flags without its folder bits: restricted, except the upload folder. */
 uint32_t MediaScanner::BaseFlags(long long folderId) const {
-    return folderId == m_uploadFolderId ? MDB_CLASS_FOLDER : kScannedFolderFlags;
+    return folderId == m_uploadFolderId ? kUploadFolderFlags : kScannedFolderFlags;
 }
 
 /* The root rows of directories Scan was not given go, with everything below them. */

@@ -30,6 +30,7 @@ struct ScanOptions {
     FILE *messages = stderr;    // skipped files, unreadable folders, the upload folder note
     CatalogueLock *lock = nullptr;  // held around every transaction and read (NULL: none)
     bool dropOtherRoots = false;    // Scan deletes the root rows of directories it is not given
+    bool rootsOnly = false;         // Scan writes the root rows and the upload folder, and no more
     const std::atomic<bool> *stop = nullptr;  // when it becomes true, a scan ends early (MDB_ERR_FAIL)
 };
 
@@ -95,6 +96,7 @@ private:
     uint32_t DropOtherRoots(const std::vector<CatalogueRow> &keep);
     uint32_t SetAncestorBits(std::vector<CatalogueRow> ancestors);
     uint32_t BaseFlags(long long folderId) const;
+    bool IsUploadInProgress(long long id, const std::string &path);
     void Reset();
     void Skip(const std::string &path, const std::string &reason);
     void ShowProgress(const std::string &where, bool force);

@@ -12,8 +12,12 @@ namespace mdbscan {
 constexpr char kUploadFolderName[] = "upload";
 
 // The flags word of every folder and root row the scanner makes: a folder that DestroyObject
-// refuses (restricted). The upload folder alone is a plain folder, since clients create in it.
+// refuses (restricted). The upload folder alone is a plain folder, since clients create in it,
+// and it is listed in the folder view of every media class, even while empty, so that clients
+// find where their uploads go.
 constexpr uint32_t kScannedFolderFlags = MDB_CLASS_FOLDER | MDB_FLAGS_RESTRICTED;
+constexpr uint32_t kUploadFolderFlags =
+    MDB_CLASS_FOLDER | MDB_FLAGS_FOLDER_MUSIC | MDB_FLAGS_FOLDER_VIDEO | MDB_FLAGS_FOLDER_PICTURE;
 
 // The upload folder's row id, or -1 when the catalogue has none (or it cannot be read).
 long long UploadFolderId(sqlite3 *db);
