@@ -84,20 +84,32 @@ std::string InterfaceOf(const std::string &address) {
 }
 #endif
 
-}  // namespace
-
-bool UpnpDevice::Init(const DeviceSettings &settings, std::string &error) {
+/* One start of the stack on settings' address or interface and the given port. */
+int StartStack(const DeviceSettings &settings, uint16_t port) {
     // UpnpInit2 takes an interface and skips loopback; an explicit address needs the older
     // UpnpInit, which takes one IPv4 address and serves loopback too. libupnp 1.14 dropped
     // UpnpInit: there the address is served through the interface that holds it.
 #if UPNP_VERSION < 11400
-    int rc = settings.address.empty()
-                 ? UpnpInit2(settings.interface.empty() ? nullptr : settings.interface.c_str(), settings.port)
-                 : UpnpInit(settings.address.c_str(), settings.port);
+    return settings.address.empty()
+               ? UpnpInit2(settings.interface.empty() ? nullptr : settings.interface.c_str(), port)
+               : UpnpInit(settings.address.c_str(), port);
 #else
     const std::string interface = settings.address.empty() ? settings.interface : InterfaceOf(settings.address);
-    int rc = UpnpInit2(interface.empty() ? nullptr : interface.c_str(), settings.port);
+    return UpnpInit2(interface.empty() ? nullptr : interface.c_str(), port);
 #endif
+}
+
+}  // namespace
+
+bool UpnpDevice::Init(const DeviceSettings &settings, std::string &error) {
+    int rc = StartStack(settings, settings.port);
+    // UpnpInit binds port 0 as its first port (49152) and gives up when that one is taken, by
+    // another server on the same address for one; any port will do, so the next ones are tried.
+    constexpr uint16_t kFirstPort = 49152, kPortsTried = 32;
+    for (uint16_t next = 1; rc == UPNP_E_SOCKET_BIND && settings.port == 0 && next < kPortsTried; ++next) {
+        UpnpFinish();
+        rc = StartStack(settings, static_cast<uint16_t>(kFirstPort + next));
+    }
     if (rc != UPNP_E_SUCCESS) {
         error = std::string("the UPnP stack cannot start") +
                 (settings.address.empty() ? settings.interface.empty() ? "" : " on interface " + settings.interface
