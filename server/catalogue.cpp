@@ -96,7 +96,6 @@ bool Catalogue::Open(const std::string &path, std::string &error) {
                 QRV_MDB_SchemaScriptPath() + " readable";
         return false;
     }
-    m_created = existed == 0;
     if (MdbExecSql(db, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr) != SQLITE_OK ||
         MdbExecSql(db, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr) != SQLITE_OK) {
         LogNote("the catalogue %s stays in its journal mode: %s", path.c_str(), sqlite3_errmsg(db));

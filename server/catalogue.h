@@ -26,12 +26,9 @@ public:
     void Close();
 
     sqlite3 *db() const { return m_db; }
-    // True when the catalogue was made by this Open (new, or in place of a damaged one).
-    bool created() const { return m_created; }
 
 private:
     sqlite3 *m_db = nullptr;
-    bool m_created = false;
 };
 
 }  // namespace mdbd

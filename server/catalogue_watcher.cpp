@@ -1,13 +1,13 @@
 // The scanning thread of mdbd.
 #include "catalogue_watcher.h"
 
+#include "changed_containers.h"
 #include "eventing.h"
 #include "folder_poll.h"
 #include "folder_watch.h"
 #include "library_lock.h"
 #include "log.h"
 
-#include <adapt/handler_wrappers.h>
 #include <media_scanner.h>
 #include <mdb_platform.h>
 
@@ -32,18 +32,6 @@ constexpr auto kMaxDelay = std::chrono::seconds(10);
 // Changes per transaction: a batch is over in a few milliseconds, so a request waits little.
 constexpr uint32_t kBatchSize = 200;
 
-/* Calls fn for every node of the static tree with its handler kind and id. */
-template <typename Fn>
-void ForEachContainer(const MdbStaticContainer *node, Fn fn) {
-    char id[256];
-    if (QRV_MDB_StaticContainerGetObjId(node, id, sizeof id) == MDB_OK) {
-        fn(mdbadapt::KindOfHandler(node->pfnBrowse), std::string(id));
-    }
-    for (uint16_t i = 0; node->pstChildren != nullptr && i < node->usChildNum; ++i) {
-        ForEachContainer(&node->pstChildren[i], fn);
-    }
-}
-
 // The scanner's lock is the library mutex; each committed batch becomes an event.
 class ScannerLock : public mdbscan::CatalogueLock {
 public:
@@ -51,34 +39,13 @@ public:
     void Lock() override { LibraryMutex().lock(); }
     void Unlock() override { LibraryMutex().unlock(); }
 
-    /* The containers that may list what changed: every folder view of a changed folder
-     * ("<view>|<folder>", or the views themselves for the level of the roots; a folder's class
-     * bits may have changed, so views of every class), and every all-items and category
-     * container. The root list the library holds is read anew when roots changed. */
+    /* The root list the library holds is read anew when roots changed. */
     void Committed(const std::set<long long> &folders) override {
         if (folders.count(0) != 0) {
             LibraryGuard guard;
             QRV_MDB_DbGetRoots(m_db);
         }
-        std::set<std::string> containers;
-        ForEachContainer(&g_stRootContainer, [&](mdbadapt::HandlerKind kind, const std::string &id) {
-            switch (kind) {
-            case mdbadapt::HandlerKind::kFolders:
-                for (long long folder : folders) {
-                    containers.insert(folder == 0 ? id : id + "|" + std::to_string(folder));
-                }
-                break;
-            case mdbadapt::HandlerKind::kAllItems:
-            case mdbadapt::HandlerKind::kGenres:
-            case mdbadapt::HandlerKind::kArtists:
-            case mdbadapt::HandlerKind::kAlbums:
-                containers.insert(id);
-                break;
-            default:
-                break;
-            }
-        });
-        m_eventing.Changed(containers);
+        m_eventing.Changed(ContainersOfFolders(folders));
     }
 
 private:
@@ -160,6 +127,19 @@ bool CatalogueWatcher::FullScan() {
     const long long ms = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - started).count();
     LogNote("scanned %u media files in %u folders in %lld.%03lld s: %u added, %u updated, %u removed, %u skipped",
             c.files, c.folders, ms / 1000, ms % 1000, c.added, c.updated, c.removed, c.skipped);
+    return true;
+}
+
+bool CatalogueWatcher::PrepareRoots() {
+    ScannerLock lock(m_db, m_eventing);
+    mdbscan::ScanOptions options = ScanOptionsFor(lock, m_stop);
+    options.dropOtherRoots = true;
+    options.rootsOnly = true;
+    mdbscan::MediaScanner scanner(m_db, options);
+    if (scanner.Scan(m_folders) != MDB_OK) {
+        LogError("the shared folders cannot be entered in the catalogue: %s", scanner.lastError().c_str());
+        return false;
+    }
     return true;
 }
 

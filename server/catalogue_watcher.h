@@ -34,6 +34,10 @@ public:
     CatalogueWatcher(const CatalogueWatcher &) = delete;
     CatalogueWatcher &operator=(const CatalogueWatcher &) = delete;
 
+    // Writes the root rows of the shared folders (dropping those of folders no longer shared) and
+    // makes the upload folder, before the server answers; the scan itself runs in the thread.
+    // false when the catalogue cannot be written.
+    bool PrepareRoots();
     void Start();
     // Asks for a full rescan (SIGHUP).
     void RequestRescan();

@@ -6,6 +6,7 @@
 #include "log.h"
 #include "service_ids.h"
 #include "soap.h"
+#include "upload_actions.h"
 
 #include <mdb_platform.h>
 
@@ -88,6 +89,10 @@ void ContentDirectory::Handle(UpnpActionRequest *request) {
         Browse(request);
     } else if (action == "Search") {
         Search(request);
+    } else if (action == "CreateObject") {
+        m_uploads.CreateObject(request);
+    } else if (action == "DestroyObject") {
+        m_uploads.DestroyObject(request);
     } else if (action == "GetSearchCapabilities") {
         Answer(request, kContentDirectoryType, {{"SearchCaps", SearchCapabilities()}});
     } else if (action == "GetSortCapabilities") {

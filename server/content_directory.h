@@ -1,5 +1,6 @@
-// mdbd's ContentDirectory:1 service: Browse, Search, the capabilities, SystemUpdateID and the
-// feature list Samsung TVs ask for. Each request is logged at verbosity 1 with its outcome.
+// mdbd's ContentDirectory:1 service: Browse, Search, CreateObject and DestroyObject (uploads,
+// upload_actions.h), the capabilities, SystemUpdateID and the feature list Samsung TVs ask for.
+// Each request is logged at verbosity 1 with its outcome.
 #pragma once
 
 #include "list_answers.h"
@@ -9,10 +10,11 @@
 namespace mdbd {
 
 class Eventing;
+class UploadActions;
 
 class ContentDirectory {
 public:
-    explicit ContentDirectory(Eventing &eventing) : m_eventing(eventing) {}
+    ContentDirectory(Eventing &eventing, UploadActions &uploads) : m_eventing(eventing), m_uploads(uploads) {}
 
     // Answers one action request (from a libupnp worker thread); an unknown action gets 401.
     void Handle(UpnpActionRequest *request);
@@ -24,6 +26,7 @@ private:
                     const char *what);
 
     Eventing &m_eventing;
+    UploadActions &m_uploads;
 };
 
 }  // namespace mdbd

@@ -41,7 +41,8 @@ struct MediaFile {
     bool streaming = false;       // audio and video stream; pictures are interactive
 };
 
-/* The row id of "<digits>" or "<digits>.<ext>"; 0 for anything else (an id is never 0). */
+}  // namespace
+
 long long ItemIdOf(const char *name) {
     const char *pc = name;
     long long id = 0;
@@ -65,6 +66,8 @@ long long ItemIdOf(const char *name) {
     }
     return *pc == '\0' ? id : 0;
 }
+
+namespace {
 
 /* The file of item id, looked up under the library mutex. false for no row, a folder, an object
  * whose upload is still pending, or no file. */

@@ -61,4 +61,8 @@ private:
 // The port the file server answers on; the library writes it into resource URLs.
 uint16_t FileServerPort();
 
+// The row id that a name below "/web/mdb/" or "/web/upload/" names: "<digits>" or
+// "<digits>.<ext>"; 0 for anything else (no row has id 0).
+long long ItemIdOf(const char *name);
+
 }  // namespace mdbd

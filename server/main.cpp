@@ -11,10 +11,12 @@
 #include "library_lock.h"
 #include "log.h"
 #include "media_receiver_registrar.h"
-#include "media_server_symbols.h"
 #include "options.h"
 #include "server_state.h"
 #include "service_ids.h"
+#include "upload_actions.h"
+#include "upload_receiver.h"
+#include "upload_timeout.h"
 #include "upnp_device.h"
 
 #include <mdb_platform.h>
@@ -91,7 +93,17 @@ int Serve(const Options &options, const std::vector<std::string> &folders) {
         return StateVariables{{"AuthorizationGrantedUpdateID", "0"}, {"AuthorizationDeniedUpdateID", "0"},
                               {"ValidationSucceededUpdateID", "0"}, {"ValidationRevokedUpdateID", "0"}};
     });
-    ContentDirectory contentDirectory(eventing);
+    UploadReceiver uploadReceiver(eventing, options.maxUpload);
+    UploadActions uploadActions(eventing, uploadReceiver);
+    ContentDirectory contentDirectory(eventing, uploadActions);
+    CatalogueWatcher watcher(catalogue.db(), eventing, folders, options.watch);
+    if (!watcher.PrepareRoots()) {
+        return 1;
+    }
+    if (const unsigned left = UploadTimeout::DestroyLeftovers()) {
+        LogNote("%u upload%s that an earlier run left unfinished %s destroyed", left, left == 1 ? "" : "s",
+                left == 1 ? "was" : "were");
+    }
 
     DeviceSettings settings;
     settings.interface = options.interface;
@@ -101,7 +113,7 @@ int Serve(const Options &options, const std::vector<std::string> &folders) {
     settings.udn = state.udn;
     UpnpDevice device;
     FileServer files;
-    if (!device.Init(settings, error) || !files.Start(device.address(), options.httpPort, nullptr, error) ||
+    if (!device.Init(settings, error) || !files.Start(device.address(), options.httpPort, &uploadReceiver, error) ||
         !device.Register(settings,
                          {{kContentDirectoryServiceId, [&](UpnpActionRequest *r) { contentDirectory.Handle(r); }},
                           {kConnectionManagerServiceId, HandleConnectionManager},
@@ -110,7 +122,8 @@ int Serve(const Options &options, const std::vector<std::string> &folders) {
         LogError("%s", error.c_str());
         return 1;
     }
-    CatalogueWatcher watcher(catalogue.db(), eventing, folders, options.watch);
+    UploadTimeout uploadTimeout(eventing, uploadReceiver);
+    uploadTimeout.Start();
     watcher.Start();
     LogNote("\"%s\" serves %zu folder%s on http://%s:%u/description.xml (media files on port %u)",
             settings.name.c_str(), folders.size(), folders.size() == 1 ? "" : "s", device.address().c_str(),
@@ -134,8 +147,9 @@ int Serve(const Options &options, const std::vector<std::string> &folders) {
     ::signal(SIGTERM, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     watcher.Stop();
+    uploadTimeout.Stop();
     device.Stop();  // byebye, and no request runs after it
-    files.Stop();
+    files.Stop();   // a body still arriving breaks off: its object is destroyed
     catalogue.Close();
     return 0;
 }

@@ -1,33 +1,18 @@
-// The media-server symbols of mdb_platform.h, as mdbd defines them.
-#include "media_server_symbols.h"
-
+// What the library imports from its media server (mdb_platform.h), as mdbd defines it: the
+// process-wide connection g_pstMdbCtx, the eventing hook that CreateObject calls, and the ports of
+// the file server that resource URLs and importUris name.
 #include "file_server.h"
 
 #include <mdb_platform.h>
-
-namespace mdbd {
-
-namespace {
-
-std::function<void(uint32_t)> &CreateNotification() {
-    static std::function<void(uint32_t)> s_notify;
-    return s_notify;
-}
-
-}  // namespace
-
-void SetCreateNotification(std::function<void(uint32_t flags)> notify) { CreateNotification() = std::move(notify); }
-
-}  // namespace mdbd
 
 extern "C" {
 
 sqlite3 *g_pstMdbCtx = nullptr;
 
+// CreateObject calls this under the library mutex; mdbd tells its subscribers after the call
+// instead, when it can name the upload folder's containers (upload_actions.cpp).
 int QRV_DMS_NOTIFY_SUBSCRIPTION(uint32_t ulFlags) {
-    if (mdbd::CreateNotification()) {
-        mdbd::CreateNotification()(ulFlags);
-    }
+    (void)ulFlags;
     return 0;
 }
 

@@ -26,7 +26,7 @@ class Mdbd:
     """mdbd on a copy of the sample tree; its log is kept in lines. Given the dir of an earlier
     server, it runs on that one's media and catalogue again."""
 
-    def __init__(self, *extra, dir=None):
+    def __init__(self, *extra, dir=None, env=None):
         self.dir = dir or tempfile.mkdtemp(prefix="mdbd-test-")
         self.media = os.path.join(self.dir, "media")
         if dir is None:
@@ -36,7 +36,8 @@ class Mdbd:
         self.process = subprocess.Popen(
             [os.environ["MDBD"], "--address", "127.0.0.1", "--db", self.db, "--name", "MDB test", "-vv", *extra,
              self.media],
-            stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True, errors="replace")
+            stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True, errors="replace",
+            env=dict(os.environ, **(env or {})))
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.reader.start()
         line = self.wait_for(r"serves .* on (http://\S+/description.xml) \(media files on port (\d+)\)")
