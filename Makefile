@@ -17,7 +17,7 @@ FUZZ_BUILD ?= build-fuzz
 COV_BUILD  ?= build-coverage
 FUZZ_TIME  ?= 60
 
-.PHONY: deps configure build test test-sanitize coverage serve demo fuzz bench clean
+.PHONY: deps configure build test test-sanitize coverage serve demo fuzz bench bench-server clean
 
 deps:
 	@scripts/install-deps.sh
@@ -81,6 +81,19 @@ bench: deps
 	      -DMDB_SCHEMA_SCRIPT=$(CURDIR)/$(BENCH_BUILD)/share/mdb/create_db.sql >/dev/null
 	cmake --build $(BENCH_BUILD) -j $(JOBS) --target mdb_bench
 	$(BENCH_BUILD)/bench/mdb_bench --work $(BENCH_BUILD)/work $(BENCH_ARGS)
+
+# mdbd against MiniDLNA end to end (see bench/SERVER-RESULTS.md): a media tree of 50,000 tracks is
+# made once in $(BENCH_BUILD)/server-tree; both servers run in a private network namespace.
+# BENCH_SERVER_ARGS="--tracks 5000 --big 1000 --count 50" for a quick look. Not part of the tests.
+bench-server:
+	MDB_WITH_MINIDLNA=1 scripts/install-deps.sh
+	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMDB_BENCH=ON -DMDB_BUILD_TESTS=OFF \
+	      -DMDB_SCHEMA_SCRIPT=$(CURDIR)/$(BENCH_BUILD)/share/mdb/create_db.sql >/dev/null
+	cmake --build $(BENCH_BUILD) -j $(JOBS) --target mdbd mdb_bench_tag_tree
+	tests/server/run_in_namespace.sh /usr/bin/python3 bench/server/bench_server.py \
+	  --mdbd $(BENCH_BUILD)/server/mdbd --tag-tree $(BENCH_BUILD)/bench/mdb_bench_tag_tree \
+	  --tree $(BENCH_BUILD)/server-tree --work $(BENCH_BUILD)/server-work --out bench/SERVER-RESULTS.md \
+	  $(BENCH_SERVER_ARGS)
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD) $(BENCH_BUILD) $(COV_BUILD) fuzz-corpus-work

@@ -20,6 +20,10 @@ fi
 if [ "${MDB_WITH_COVERAGE:-0}" = 1 ]; then
   packages+=(gcovr)
 fi
+# The server benchmark compares mdbd with MiniDLNA, which it starts itself.
+if [ "${MDB_WITH_MINIDLNA:-0}" = 1 ]; then
+  packages+=(minidlna)
+fi
 if [ -n "${MDB_EXTRA_PACKAGES:-}" ]; then
   read -r -a extra <<<"$MDB_EXTRA_PACKAGES"
   packages+=("${extra[@]}")
@@ -55,5 +59,15 @@ fi
 echo "installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
+# Packages that bring a service (minidlna) must not start it: it would announce itself on the
+# machine's networks. policy-rc.d refuses every start during the installation.
+policy=/usr/sbin/policy-rc.d
+if [ ! -e "$policy" ]; then
+  printf '#!/bin/sh\nexit 101\n' >"$policy" && chmod +x "$policy"
+  trap 'rm -f "$policy"' EXIT
+fi
 apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+if [[ " ${missing[*]} " == *" minidlna "* ]] && command -v systemctl >/dev/null; then
+  systemctl disable --now minidlna >/dev/null 2>&1 || true
+fi
 install_node_client
