@@ -44,10 +44,7 @@ struct Listing { std::vector<std::string> ids; std::vector<Row> rows; std::strin
 std::vector<std::string> List(mdbtest::Action &action, const std::string &id, const char *sort = nullptr) {
     action.adoptSort(QRV_MDB_BuildSortStr(sort));
     EXPECT_STREQ(QRV_MDB_StatusName(QRV_MDB_Browse(id.c_str(), 1, action.ctx())), "MDB_OK") << id;
-    std::string error;
-    std::vector<std::string> titles = mdbtest::Titles(action.xml(), &error);
-    EXPECT_EQ(error, "") << id;
-    return titles;
+    return mdbtest::TitlesOf(mdbtest::ReadDidl(action.xml()));
 }
 
 // Pages of two through id in each order: each page counted right, together the rows in order.

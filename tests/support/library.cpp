@@ -11,26 +11,41 @@
 
 namespace mdbtest {
 
-std::vector<std::string> Titles(const std::string &xml, std::string *error) {
-    std::vector<std::string> titles;
+std::vector<DidlObject> ReadDidl(const std::string &xml, std::string *error) {
     xmlResetLastError();
     xmlDocPtr doc = xmlReadMemory(xml.data(), static_cast<int>(xml.size()), "answer.xml", "UTF-8",
                                   XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
     const xmlError *e = xmlGetLastError();
-    *error = e != nullptr ? e->message : doc == nullptr ? "not well-formed" : "";
-    std::function<void(xmlNodePtr)> visit = [&](xmlNodePtr node) {  // depth-first, in document order
-        for (; node != nullptr; node = node->next) {
-            if (node->type == XML_ELEMENT_NODE && node->ns != nullptr && xmlStrEqual(node->ns->prefix, BAD_CAST "dc") &&
-                xmlStrEqual(node->name, BAD_CAST "title")) {
-                xmlChar *content = xmlNodeGetContent(node);
-                titles.emplace_back(content != nullptr ? reinterpret_cast<const char *>(content) : "");
-                xmlFree(content);
-            }
-            visit(node->children);
-        }
+    xmlNodePtr root = xmlDocGetRootElement(doc);
+    std::string problem = e != nullptr ? e->message : "";
+    if (problem.empty() && (root == nullptr || !xmlStrEqual(root->name, BAD_CAST "DIDL-Lite") || root->ns == nullptr ||
+                            !xmlStrEqual(root->ns->href, BAD_CAST "urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/"))) {
+        problem = "no DIDL-Lite root in its namespace";
+    }
+    auto text = [](xmlNodePtr node, const char *attribute = nullptr) {
+        xmlChar *value = attribute != nullptr ? xmlGetProp(node, BAD_CAST attribute) : xmlNodeGetContent(node);
+        std::string out = value != nullptr ? reinterpret_cast<const char *>(value) : "";
+        xmlFree(value);
+        return out;
     };
-    visit(xmlDocGetRootElement(doc));
+    std::vector<DidlObject> objects;
+    for (xmlNodePtr object = xmlFirstElementChild(root); object != nullptr; object = xmlNextElementSibling(object)) {
+        DidlObject o{reinterpret_cast<const char *>(object->name), text(object, "id"), "", "", text(object, "restricted")};
+        for (xmlNodePtr child = xmlFirstElementChild(object); child != nullptr; child = xmlNextElementSibling(child)) {
+            if (xmlStrEqual(child->name, BAD_CAST "title")) o.title = text(child);
+            if (xmlStrEqual(child->name, BAD_CAST "res") && o.res.empty()) o.res = text(child);
+        }
+        objects.push_back(o);
+    }
     xmlFreeDoc(doc);
+    if (error != nullptr) *error = problem;
+    EXPECT_TRUE(error != nullptr || problem.empty()) << problem << " in\n" << xml;
+    return objects;
+}
+
+std::vector<std::string> TitlesOf(const std::vector<DidlObject> &objects) {
+    std::vector<std::string> titles;
+    for (const DidlObject &o : objects) titles.push_back(o.title);
     return titles;
 }
 

@@ -16,9 +16,16 @@
 
 namespace mdbtest {
 
-// Parses xml with libxml2 (namespace-aware). *error receives the parser's complaint (empty when the
-// text is well-formed and its prefixes declared). Returns the texts of the dc:title elements.
-std::vector<std::string> Titles(const std::string &xml, std::string *error);
+// An object of a DIDL-Lite answer as libxml2 reads it back: element name, id, title, the text of
+// the first res element, and the restricted attribute.
+struct DidlObject {
+    std::string element, id, title, res, restricted;
+};
+// Parses xml with libxml2 (namespace-aware) and returns the objects below its root. The text must be
+// well-formed, its prefixes declared and its root DIDL-Lite in its namespace: *error receives what is
+// wrong ("" when nothing is); without error a problem fails the current test.
+std::vector<DidlObject> ReadDidl(const std::string &xml, std::string *error = nullptr);
+std::vector<std::string> TitlesOf(const std::vector<DidlObject> &objects);
 
 // A row as it went into the catalogue.
 struct Row : ItemValues {

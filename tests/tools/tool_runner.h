@@ -3,6 +3,8 @@
 // counters from their lines.
 #pragma once
 
+#include "library.h"
+
 #include <string>
 #include <vector>
 
@@ -21,13 +23,6 @@ inline ToolRun RunTool(const std::vector<std::string> &args, const std::string &
                        int timeoutSeconds = 120) {
     return RunProgram(MDB_TEST_TOOL, args, stdinText, timeoutSeconds);
 }
-
-struct DidlObject {
-    std::string element;  // "container" or "item"
-    std::string id, title;
-    std::string res;         // text of the first res element
-    std::string restricted;  // its restricted attribute
-};
 
 struct ToolAnswer {
     std::string error;  // empty when the XML parsed and its root is DIDL-Lite in its namespace

@@ -15,12 +15,6 @@ namespace {
 using Strings = std::vector<std::string>;
 constexpr auto npos = std::string::npos;
 
-Strings Titles(const ToolAnswer &answer) {
-    Strings titles;
-    for (const DidlObject &o : answer.objects) titles.push_back(o.title);
-    return titles;
-}
-
 TEST(ToolHelp, EveryCommandExplainsItself) {
     const ToolRun overview = RunTool({"--help"});
     EXPECT_EQ(overview.exitCode, 0);
@@ -30,8 +24,6 @@ TEST(ToolHelp, EveryCommandExplainsItself) {
         EXPECT_EQ(help.exitCode, 0) << command;
         EXPECT_EQ(help.out.rfind(std::string("usage: mdb ") + command, 0), 0u) << help.out;
     }
-    EXPECT_NE(RunTool({"create", "--help"}).out.find("gone when the command ends"), npos)
-        << "create says that its upload note does not outlive it";
     EXPECT_EQ(RunTool({}).exitCode, 2);
 }
 
@@ -119,9 +111,9 @@ TEST_F(Tool, ScanReportsAndBrowseAndSearchAnswer) {
     std::filesystem::copy_file(media + "/Music/Beta/memo.wav", media + "/Music/Beta/Tom & Jerry <Live>.wav");
     ASSERT_EQ(RunTool({"scan", db, media, "--quiet"}).exitCode, 0);
     const ToolAnswer all = Ask({"browse", "0.1.256", "--sort", "-dc:title"});
-    EXPECT_EQ(Titles(all), (Strings{"memo", "Tom & Jerry <Live>", "Third Song", "Second Song", "First Song"}));
+    EXPECT_EQ(TitlesOf(all.objects), (Strings{"memo", "Tom & Jerry <Live>", "Third Song", "Second Song", "First Song"}));
     const ToolAnswer page = Ask({"browse", "0.1.256", "--sort", "-dc:title", "--start", "1", "--count", "2"});
-    EXPECT_EQ(Titles(page), (Strings{"Tom & Jerry <Live>", "Third Song"}));
+    EXPECT_EQ(TitlesOf(page.objects), (Strings{"Tom & Jerry <Live>", "Third Song"}));
     EXPECT_EQ(std::to_string(all.totalMatches) + " " + std::to_string(page.totalMatches), "5 5");
     const ToolAnswer one = Ask({"browse", all.objects[1].id, "--metadata"});
     EXPECT_EQ(one.objects.at(0).element + " " + one.objects[0].title, "item Tom & Jerry <Live>");
@@ -138,7 +130,7 @@ TEST_F(Tool, ScanReportsAndBrowseAndSearchAnswer) {
         args.insert(args.end(), options.begin(), options.end());
         for (const DidlObject &o : Ask(args).objects) EXPECT_EQ(o.res.rfind(prefix, 0), 0u) << o.res;
     }
-    EXPECT_EQ(Titles(Ask({"search", "0", "dc:title contains \"Song\"", "--sort", "+dc:title"})),
+    EXPECT_EQ(TitlesOf(Ask({"search", "0", "dc:title contains \"Song\"", "--sort", "+dc:title"}).objects),
               (Strings{"First Song", "Second Song", "Third Song"}));
     EXPECT_EQ(Ask({"search", "0", "upnp:class derivedfrom \"object.item.videoItem\""}).totalMatches, 2);
 }
