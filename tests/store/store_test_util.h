@@ -1,5 +1,5 @@
 // Helpers shared by the store tests: status checks by name, a counting usleep, a second
-// connection on a catalogue file, rows inserted before a chosen statement, and values as text.
+// connection on a catalogue file, and rows inserted before a chosen statement.
 #pragma once
 
 #include "catalogue.h"
@@ -10,7 +10,6 @@
 #include <sqlite3.h>
 
 #include <memory>
-#include <sstream>
 #include <string>
 
 // Compares status words by name so that a failure reads "MDB_ERR_DB" vs "MDB_OK".
@@ -44,12 +43,6 @@ private:
     int m_rc = -1;
 };
 
-// The values joined with '|', as mdbtest::Rows prints the columns of a row.
-template <typename... T>
-std::string Join(const T &...values) {
-    std::ostringstream out;
-    ((out << values << '|'), ...);
-    return out.str().substr(0, out.str().size() - 1);
-}
+using mdbtest::Join;
 
 }  // namespace storetest

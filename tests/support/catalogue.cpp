@@ -7,6 +7,11 @@
 
 namespace mdbtest {
 
+uint32_t ProfileFlags(const char *mime, const char *profile) {
+    const char *suffix = nullptr;
+    return QRV_MDB_PNtoFix(mime, profile, &suffix);
+}
+
 std::string Rows(sqlite3 *db, const std::string &sql) {
     std::string out;
     sqlite3_stmt *stmt = nullptr;
@@ -46,10 +51,10 @@ long long Catalogue::addItem(const ItemValues &v) {
     return id;
 }
 
-long long Catalogue::addFolder(long long parentId, const std::string &fileName, int32_t extraFlags) {
+long long Catalogue::addRow(long long parentId, const std::string &fileName, uint32_t flags) {
     ItemValues v;
     v.parentId = parentId;
-    v.flags = static_cast<int32_t>(MDB_CLASS_FOLDER) | extraFlags;
+    v.flags = static_cast<int32_t>(flags);
     v.title = v.fileName = fileName;
     return addItem(v);
 }

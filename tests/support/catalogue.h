@@ -7,6 +7,7 @@
 
 #include <mdb.h>
 
+#include <sstream>
 #include <string>
 
 namespace mdbtest {
@@ -29,6 +30,17 @@ struct ItemValues {
               producer = 0, publisher = 0;
 };
 
+// The values joined with '|', as Rows prints the columns of a row.
+template <typename... T>
+std::string Join(const T &...values) {
+    std::ostringstream out;
+    ((out << values << '|'), ...);
+    return out.str().substr(0, out.str().size() - 1);
+}
+
+// The flags word the profile library gives an item of that MIME type and profile name.
+uint32_t ProfileFlags(const char *mime, const char *profile);
+
 // The rows of a query: columns joined with '|', rows with ',' ("NULL" for SQL NULL); "" for none.
 std::string Rows(sqlite3 *db, const std::string &sql);
 
@@ -47,8 +59,11 @@ public:
 
     // Adds a row with QRV_MDB_DbAddItem; returns its id (fails the test on error).
     long long addItem(const ItemValues &v);
-    // A folder row (class 2) named fileName below parentId, title = fileName.
-    long long addFolder(long long parentId, const std::string &fileName, int32_t extraFlags = 0);
+    // A row with title = fileName below parentId; a folder row (class 2) with extra flags.
+    long long addRow(long long parentId, const std::string &fileName, uint32_t flags);
+    long long addFolder(long long parentId, const std::string &fileName, int32_t extraFlags = 0) {
+        return addRow(parentId, fileName, MDB_CLASS_FOLDER | static_cast<uint32_t>(extraFlags));
+    }
     // A lookup entry through QRV_MDB_DbAddItemExtraInfo.
     long long lookup(const std::string &table, const std::string &name);
     // Runs SQL directly (for setting up or spoiling rows); fails the test on error.

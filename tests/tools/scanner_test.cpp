@@ -20,14 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Values as one text, for comparing several at once.
-template <typename... T>
-std::string Join(const T &...values) {
-    std::ostringstream out;
-    ((out << values << ' '), ...);
-    return out.str();
-}
-
 class Scanner : public ::testing::Test {
 protected:
     // Scans the directories (default: the tree) in transactions of two changes, so that every scan
@@ -156,11 +148,11 @@ TEST_F(Scanner, RescanLeavesUnchangedFilesAndFollowsThoseThatComeChangeAndGo) {
     // updated One.mp3; unchanged memo.wav; added Four.flac, art.png, song.mp3; removed Three.m4a,
     // Two.flac, the two videos, photo.jpg and the icon.png item; the Video folder gone, three new
     EXPECT_EQ(Join(counts.updated, counts.unchanged, counts.added, counts.removed, counts.foldersRemoved,
-                   counts.foldersAdded, ItemCount() - rows), "1 1 3 6 1 3 -1 ");
+                   counts.foldersAdded, ItemCount() - rows), "1|1|3|6|1|3|-1");
     EXPECT_NE(messages.find("skipped: " + Absolute("Music/Alpha/Two.flac")), std::string::npos) << messages;
     EXPECT_EQ(IdOf("Music/Alpha/One.mp3"), oneId) << "a changed file keeps its row";
     EXPECT_EQ(Join(Row("Music/Alpha/One.mp3").acTitle, Row("Music/Beta/Four.flac").acTitle,
-                   Row("Pictures/icon.png/song.mp3").acTitle), "First Song Second Song First Song ");
+                   Row("Pictures/icon.png/song.mp3").acTitle), "First Song|Second Song|First Song");
     for (const char *gone : {"Music/Beta/Three.m4a", "Music/Alpha/Two.flac", "Video", "Pictures/Trip/photo.jpg"}) {
         EXPECT_EQ(IdOf(gone), -1) << gone;
     }
@@ -206,7 +198,7 @@ TEST_F(Scanner, ReadsTheExifTheSampleStamperWrites) {
     ASSERT_EQ(Scan(), MDB_OK) << messages;
     const MdbItemDetail row = Row("Pictures/Trip/photo.jpg");
     EXPECT_EQ(Join(row.acDate, row.acTitle, Name("CREATORS", row.llExIdCreator)),
-              "2021-02-03T04:05:06 Lighthouse Ann Lee ");
+              "2021-02-03T04:05:06|Lighthouse|Ann Lee");
 }
 
 }  // namespace

@@ -24,24 +24,11 @@ UploadCatalogue::UploadCatalogue(bool withUploadFolder) : rootDir(cat.dir().mkdi
     }
 }
 
-long long UploadCatalogue::addRow(long long parent, const std::string &name, uint32_t flags) {
-    ItemValues v;
-    v.parentId = parent;
-    v.flags = static_cast<int32_t>(flags);
-    v.title = v.fileName = name;
-    return cat.addItem(v);
-}
-
 long long UploadCatalogue::addUpload(const std::string &name, uint32_t extraFlags) {
-    const long long id = addRow(uploadId, name, mp3Flags() | extraFlags);
+    const long long id = cat.addRow(uploadId, name, mp3Flags() | extraFlags);
     cat.dir().write("media/upload/" + name, "audio bytes");
     QRV_MDB_AddUploadNote(id);
     return id;
-}
-
-uint32_t mp3Flags() {
-    const char *suffix = nullptr;
-    return QRV_MDB_PNtoFix("audio/mpeg", "MP3", &suffix);
 }
 
 std::string ItemDescription::text() const {

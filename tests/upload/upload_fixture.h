@@ -41,13 +41,11 @@ struct UploadCatalogue {
         return cat.rows("select " + expr + " from ITEM where id=" + std::to_string(id));
     }
     bool hasRow(long long id) { return column(id, "1") == "1"; }
-    // A row below parent with title = fileName = name.
-    long long addRow(long long parent, const std::string &name, uint32_t flags);
     // An MP3 upload in progress: row below the upload folder, file, and a note at the current uptime.
     long long addUpload(const std::string &name, uint32_t extraFlags = 0);
 };
 
-uint32_t mp3Flags();
+inline uint32_t mp3Flags() { return ProfileFlags("audio/mpeg", "MP3"); }
 
 // The Elements text of one item: optional parts are left out while unset, required ones when set
 // to std::nullopt.

@@ -154,7 +154,7 @@ TEST(UploadNotes, MatchWholeIdsAndFreeingDeletesTheirRows) {
     EXPECT_EQ(QRV_MDB_FindUploadNote(high) + QRV_MDB_FindUploadNote(3) + QRV_MDB_FindUploadNote(5), -1);
     QRV_MDB_FreeUploadList();
     const long long waiting = up.addUpload("a.mp3"), disabled = up.addUpload("b.mp3");
-    const long long kept = up.addRow(up.uploadId, "c.mp3", 11);
+    const long long kept = up.cat.addRow(up.uploadId, "c.mp3", 11);
     QRV_MDB_DisableUploadNote(disabled);
     QRV_MDB_AddUploadNote(424242);  // a note without row
     EXPECT_EQ(QRV_MDB_FreeUploadList(), 0);
@@ -178,7 +178,7 @@ TEST(DestroyObject, RemovesWhatItMayAndSaysWhenNoFileIsKnown) {
     const long long bystander = up.addUpload("bystander.mp3"), gone = up.addUpload("gone.mp3");
     unlink((up.uploadDir + "/gone.mp3").c_str());
     const long long album = up.cat.addFolder(up.uploadId, "album");
-    up.addRow(album, "inside.mp3", mp3Flags());
+    up.cat.addRow(album, "inside.mp3", mp3Flags());
     const std::string inside = up.cat.dir().write("media/upload/album/inside.mp3", "x"), root2 = up.cat.dir().mkdir("r2");
     const struct { const char *what; long long id; uint32_t result; std::string out, watched; bool rowGoes, stays; }
         cases[] = {
