@@ -8,18 +8,15 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 
 namespace {
 
 using mdbtest::attr;
 
-std::string Status(uint32_t s) { return QRV_MDB_StatusName(s); }
+using Strings = std::vector<std::string>;
 
-std::vector<std::string> TitlesOf(mdbtest::Action &action) {
-    std::vector<std::string> out;
-    for (IXML_Element *object : action.objects()) out.push_back(mdbtest::childText(object, "dc:title"));
-    return out;
-}
+std::string Status(uint32_t s) { return QRV_MDB_StatusName(s); }
 
 // One request each: the status, objects, counters and UPnP error that come back.
 TEST(HandlerEdges, SingleRequests) {
@@ -123,37 +120,29 @@ TEST(HandlerEdges, SortTextsThatDoNotFitAreRefusedNotCut) {
             keys += (keys.empty() ? "-" : ",-") + std::string(g_astDlnaCols[i].pcPropName);
         }
     }
-    char *pcAllKeys = QRV_MDB_BuildSortStr(keys.c_str());
-    ASSERT_NE(pcAllKeys, nullptr);
-    const std::string allKeys = pcAllKeys;
-    free(pcAllKeys);
-    ASSERT_GT(allKeys.size(), MDB_BROWSE_SORT_MAX);
+    std::unique_ptr<char, decltype(&std::free)> allKeys(QRV_MDB_BuildSortStr(keys.c_str()), &std::free);
+    ASSERT_TRUE(allKeys && std::strlen(allKeys.get()) > MDB_BROWSE_SORT_MAX);
     EXPECT_EQ(QRV_MDB_BuildSortStr("+x:unknown"), nullptr) << "no known key: no sort text at all";
     const std::string longest = "ORDER BY" + std::string(MDB_BROWSE_SORT_MAX - 13, ' ') + "title";
-    ASSERT_EQ(longest.size(), MDB_BROWSE_SORT_MAX);
-    const struct { std::string list; bool allKeysFit; } lists[] = {{"0.1.264|" + lib.id("Music"), false},
-                 {"0.1.256", true},
-                 {"0.1.257|" + lib.value("GENRES", "Jazz"), true},
-                 {"0.1.258|" + lib.value("ARTISTS", "Dave Brubeck"), true}};
+    auto page = [](const std::string &list, const std::string &sort, uint32_t count, uint32_t start) {
+        mdbtest::Action action(true, count, start);
+        action.adoptSort(strdup(sort.c_str()));
+        const std::string status = Status(QRV_MDB_Browse(list.c_str(), 1, action.ctx()));
+        return std::make_pair(status, mdbtest::TitlesOf(mdbtest::ReadDidl(action.xml())));
+    };
+    const struct { std::string list; bool allKeysFit; } lists[] = {
+        {"0.1.264|" + lib.id("Music"), false}, {"0.1.256", true}, {"0.1.257|" + lib.value("GENRES", "Jazz"), true},
+        {"0.1.258|" + lib.value("ARTISTS", "Dave Brubeck"), true}};
     for (const auto &l : lists) {
         SCOPED_TRACE(l.list);
-        mdbtest::Action all(true, 100, 0), page(true, 1, 1), allKeysFirst(true, 100, 0), allKeysPage(true, 100, 1);
-        all.adoptSort(strdup("ORDER BY title"));
-        page.adoptSort(strdup(longest.c_str()));
-        allKeysFirst.adoptSort(strdup(allKeys.c_str()));
-        allKeysPage.adoptSort(strdup(allKeys.c_str()));
-        ASSERT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, all.ctx())), "MDB_OK");
-        ASSERT_GE(TitlesOf(all).size(), 2u);
-        ASSERT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, page.ctx())), "MDB_OK");
-        EXPECT_EQ(TitlesOf(page), std::vector<std::string>{TitlesOf(all)[1]});
+        const auto all = page(l.list, "ORDER BY title", 100, 0);
+        ASSERT_GE(all.second.size(), 2u);
+        EXPECT_EQ(page(l.list, longest, 1, 1), std::make_pair(std::string("MDB_OK"), Strings{all.second[1]}));
         // Every key descending: refused where the statement cannot hold it, else the right page.
-        const std::string expected = l.allKeysFit ? "MDB_OK" : "MDB_ERR_PARA";
-        EXPECT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, allKeysFirst.ctx())), expected);
-        EXPECT_EQ(Status(QRV_MDB_Browse(l.list.c_str(), 1, allKeysPage.ctx())), expected);
-        std::vector<std::string> rest = TitlesOf(allKeysFirst);
-        rest.erase(rest.begin(), rest.begin() + (rest.empty() ? 0 : 1));
-        EXPECT_EQ(TitlesOf(allKeysPage), rest);
-        EXPECT_EQ(TitlesOf(allKeysFirst).size(), l.allKeysFit ? TitlesOf(all).size() : 0u);
+        const auto first = page(l.list, allKeys.get(), 100, 0), second = page(l.list, allKeys.get(), 100, 1);
+        EXPECT_EQ(first.first + " " + second.first, l.allKeysFit ? "MDB_OK MDB_OK" : "MDB_ERR_PARA MDB_ERR_PARA");
+        EXPECT_EQ(first.second.size(), l.allKeysFit ? all.second.size() : 0u);
+        EXPECT_EQ(second.second, Strings(first.second.begin() + (first.second.empty() ? 0 : 1), first.second.end()));
     }
     // The largest numbers a folder statement can carry, with the longest sort text.
     mdbtest::Action extreme(true, UINT32_MAX, UINT32_MAX);

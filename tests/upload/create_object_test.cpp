@@ -180,7 +180,7 @@ TEST(CreateObject, TakesHostileElementsSafely) {
     const std::pair<std::string, std::string> cases[] = {  // elements, file name ("": refused)
         {"", refused}, {"parentID=\"", refused}, {reversed, refused},
         {valid.substr(0, valid.find("</dc:title>")), refused},
-        {title(std::string(100000, 'A')), refused}, {Described(&D::parentId, std::string(200000, '9')), refused},
+        {Described(&D::parentId, std::string(200000, '9')), refused},
         {std::string(1 << 20, 'j') + valid, song},
         {title("<dc:title>inner</dc:title>"), named("<dc:title>inner")}, {title("a&#47;b"), named("a&#47;b")},
         {title("../../../../etc/passwd"), refused}, {title("sub\\..\\..\\boot.ini"), refused},
@@ -192,8 +192,7 @@ TEST(CreateObject, TakesHostileElementsSafely) {
         {title(std::string(124, 't')), std::string(124, 't') + ".mp"},
         {title(std::string(511, 't')), std::string(127, 't')},
         {title("Caf\xc3\xa9 \xe2\x99\xab"), named("Caf\xc3\xa9 \xe2\x99\xab")},
-        {Described(&D::date, "2010-99999999999999999999-1"), refused}, {Described(&D::size, std::string(511, '9')), song},
-        {Described(&D::managed, std::string(511, '4')), refused}, {Described(&D::protocolInfo, ":::"), refused},
+        {Described(&D::date, "2010-99999999999999999999-1"), refused},
         {Described(&D::protocolInfo, "http-get:*:audio/mpeg:" + std::string(480, 'X')), song},
         {Described(&D::protocolInfo, "http-get:*:audio/" + std::string(200, 'm') + ":*"), refused},
         {Described(&D::protocolInfo, "http-get:*:audio/mpeg:DLNA.ORG_PN=" + std::string(300, 'P')), song},

@@ -31,23 +31,6 @@ std::tuple<uint32_t, std::string, std::string> browse(long long id) {
     return {status, childText(objects[0], "res"), attr(children(objects[0], "res").at(0), "importUri")};
 }
 
-std::string importUri(long long id) { return "http://192.0.2.7:8200/web/upload/" + std::to_string(id) + ".mp3"; }
-
-// A music upload as a control point asks for it: its id, and the path the file server writes to.
-std::pair<long long, std::string> createMusic(UploadCatalogue &up, const std::string &title) {
-    ItemDescription d;
-    d.parentId = "0.1.264|" + std::to_string(up.uploadId), d.title = title;
-    d.protocolInfo = "http-get:*:audio/mpeg:DLNA.ORG_PN=MP3;DLNA.ORG_OP=01;DLNA.ORG_FLAGS=01700000000000000000000000000000";
-    NewObjectRequest request(d.text(), 2, *d.parentId);
-    EXPECT_EQ(request.parse() + request.create(), 0u);
-    EXPECT_EQ(attr(request->pstRes, "importUri"), importUri(request.createdId()));
-    char *path = nullptr;
-    EXPECT_EQ(QRV_MDB_GetFileInfoById(request.createdId(), &path, nullptr, nullptr, nullptr, nullptr), 0);
-    const std::string out = path != nullptr ? path : "";
-    free(path);
-    return {request.createdId(), out};
-}
-
 // Runs the time-out check at the given uptime; its result and what it printed.
 std::pair<int32_t, std::string> checkAt(long uptime) {
     g_fakes.uptime = uptime;
@@ -70,18 +53,19 @@ TEST(UploadStory, TheFileArrivesAndTheItemBecomesAnOrdinaryItem) {
     EXPECT_EQ(QRV_MDB_CheckUploadComplete(1), 0) << "no catalogue";
     UploadCatalogue up;
     EXPECT_EQ(QRV_MDB_CheckUploadComplete(555555), 0) << "no row";
-    const auto [id, path] = createMusic(up, "Summer");
-    EXPECT_EQ(browse(id), std::make_tuple(MDB_OK, std::string(), importUri(id)));
+    NewObjectRequest request(Described(&ItemDescription::title, "Summer"));
+    ASSERT_EQ(request.parse() + request.create(), 0u);
+    const long long id = request.createdId();
+    const std::string path = up.uploadDir + "/Summer.mp3", web = "http://192.0.2.7:8200/web/";
+    EXPECT_EQ(browse(id), std::make_tuple(MDB_OK, std::string(), web + "upload/" + std::to_string(id) + ".mp3"));
     EXPECT_EQ(QRV_MDB_CheckUploadComplete(id), 0);
-    EXPECT_EQ(path, up.uploadDir + "/Summer.mp3");
     std::ofstream(path, std::ios::binary) << std::string(70000, 'm');
     for (long long size : {1LL << 32, 70000LL}) {  // a size with only the upper 32 bits set counts
         up.cat.exec("update ITEM set size=" + std::to_string(size) + " where id=" + std::to_string(id));
         EXPECT_EQ(QRV_MDB_CheckUploadComplete(id), 1) << size;
     }
     EXPECT_EQ(QRV_MDB_DelUploadNote(id), 0);
-    EXPECT_EQ(browse(id), std::make_tuple(MDB_OK, "http://192.0.2.7:8200/web/mdb/" + std::to_string(id) + ".mp3",
-                                          std::string("<none>")));
+    EXPECT_EQ(browse(id), std::make_tuple(MDB_OK, web + "mdb/" + std::to_string(id) + ".mp3", std::string("<none>")));
     EXPECT_EQ(checkAt(g_fakes.uptime + 100), kNothing);
     EXPECT_EQ(readFile(path), std::string(70000, 'm'));
 }
