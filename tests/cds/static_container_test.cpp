@@ -18,17 +18,6 @@ using mdbtest::Action;
 using mdbtest::attr;
 using Strings = std::vector<std::string>;
 
-// The texts of the upnp:searchClass elements of a container, each with its includeDerived.
-Strings SearchClasses(IXML_Element *container) {
-    Strings out;
-    for (IXML_Element *e : mdbtest::children(container, "upnp:searchClass")) {
-        IXML_Node *text = ixmlNode_getFirstChild(reinterpret_cast<IXML_Node *>(e));
-        out.push_back(std::string(text != nullptr ? ixmlNode_getNodeValue(text) : "") + " " +
-                      attr(e, "includeDerived"));
-    }
-    return out;
-}
-
 // The root with everything asked, and a music container with nothing asked: the fixed parts stay.
 // Metadata answers one object whatever RequestedCount says.
 TEST(StaticContainer, MetadataWithAndWithoutTheFilter) {
@@ -51,7 +40,7 @@ TEST(StaticContainer, MetadataWithAndWithoutTheFilter) {
             classes.push_back(std::string(QRV_MDB_GetMediaClassById(k)) + " 1");
         }
     }
-    EXPECT_EQ(SearchClasses(root), classes);
+    EXPECT_EQ(mdbtest::searchClasses(root), classes);
     EXPECT_FALSE(classes.empty());
     EXPECT_EQ(mdbtest::attrNames(music), (Strings{"id", "parentID", "restricted"}));
     EXPECT_EQ(mdbtest::childNames(music), (Strings{"dc:title", "upnp:class", "upnp:storageUsed"}));
@@ -78,7 +67,7 @@ TEST(StaticContainer, SearchClassesOfEveryKindOfValue) {
                 expected.push_back(std::string(QRV_MDB_GetMediaClassById(k)) + " 1");
             }
         }
-        EXPECT_EQ(SearchClasses(a.objects().at(0)), expected) << value;
+        EXPECT_EQ(mdbtest::searchClasses(a.objects().at(0)), expected) << value;
     }
     EXPECT_EQ(QRV_MDB_AppendSearchClass(nullptr, nullptr, 11), MDB_ERR_PARA);
 }

@@ -109,4 +109,13 @@ std::string childText(IXML_Element *el, const std::string &name) {
     return v != nullptr ? v : "";
 }
 
+std::vector<std::string> searchClasses(IXML_Element *container) {
+    std::vector<std::string> out;
+    for (IXML_Element *e : children(container, "upnp:searchClass")) {
+        IXML_Node *text = ixmlNode_getFirstChild(Node(e));
+        out.push_back(std::string(text != nullptr ? ixmlNode_getNodeValue(text) : "") + " " + attr(e, "includeDerived"));
+    }
+    return out;
+}
+
 }  // namespace mdbtest

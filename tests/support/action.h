@@ -53,5 +53,7 @@ std::vector<IXML_Element *> children(IXML_Element *el, const std::string &name =
 std::vector<std::string> childNames(IXML_Element *el);
 // Text of the first child element with that name; "<none>" without such a child, "" when empty.
 std::string childText(IXML_Element *el, const std::string &name);
+// The upnp:searchClass children of a container, each as "text includeDerived".
+std::vector<std::string> searchClasses(IXML_Element *container);
 
 }  // namespace mdbtest

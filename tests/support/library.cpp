@@ -50,14 +50,11 @@ std::vector<std::string> TitlesOf(const std::vector<DidlObject> &objects) {
 }
 
 Library::Library() {
-    auto profile = [](const char *mime, const char *name) {
-        const char *suffix = nullptr;
-        return QRV_MDB_PNtoFix(mime, name, &suffix);
-    };
-    const uint32_t mp3 = profile("audio/mpeg", "MP3"), lpcm = profile("audio/L16", "LPCM"),
-                   aac = profile("audio/mp4", "AAC_ISO_320"), mpeg = profile("video/mpeg", "MPEG_PS_PAL"),
-                   avc = profile("video/mp4", "AVC_MP4_HP_HD_AAC"), unknown = profile("video/x-msvideo", nullptr),
-                   jpeg = profile("image/jpeg", "JPEG_LRG"), png = profile("image/png", "PNG_TN");
+    const uint32_t mp3 = ProfileFlags("audio/mpeg", "MP3"), lpcm = ProfileFlags("audio/L16", "LPCM"),
+                   aac = ProfileFlags("audio/mp4", "AAC_ISO_320"), mpeg = ProfileFlags("video/mpeg", "MPEG_PS_PAL"),
+                   avc = ProfileFlags("video/mp4", "AVC_MP4_HP_HD_AAC"),
+                   unknown = ProfileFlags("video/x-msvideo", nullptr), jpeg = ProfileFlags("image/jpeg", "JPEG_LRG"),
+                   png = ProfileFlags("image/png", "PNG_TN");
     const uint32_t F = MDB_CLASS_FOLDER, M = MDB_FLAGS_FOLDER_MUSIC, V = MDB_FLAGS_FOLDER_VIDEO,
                    P = MDB_FLAGS_FOLDER_PICTURE;
     const struct {
