@@ -10,7 +10,7 @@ import time
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from mdbd_fixture import CDS, ControlPoint, GLib, GObject, GUPnPAV, Mdbd, get, run_loop_until  # noqa: E402
+from mdbd_fixture import GLib, GObject, GUPnPAV, ServerTest, get, run_loop_until  # noqa: E402
 
 # The media items of the sample tree (tests/tools/make-sample-tree.sh): title, class, MIME type.
 SAMPLE_ITEMS = {
@@ -25,16 +25,8 @@ SAMPLE_ITEMS = {
 }
 
 
-class ControlPointTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.server = Mdbd()
-        cls.cp = ControlPoint()
-
-    @classmethod
-    def tearDownClass(cls):
-        status = cls.server.stop()
-        assert status == 0, "mdbd did not stop cleanly (%s):\n%s" % (status, "\n".join(cls.server.lines))
+class ControlPointTest(ServerTest):
+    control_point = True
 
     def test_description_names_a_dlna_media_server_with_icons(self):
         status, _, body = get(self.server.description)

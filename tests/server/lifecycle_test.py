@@ -14,7 +14,7 @@ import time
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from mdbd_fixture import Mdbd, get, soap  # noqa: E402
+from mdbd_fixture import Mdbd, get, search_args, soap, wait_until  # noqa: E402
 
 
 def udn_and_update_id(server):
@@ -25,8 +25,7 @@ def udn_and_update_id(server):
 
 
 def titles(server):
-    status, body = soap(server, "Search", {"ContainerID": "0", "SearchCriteria": 'upnp:class derivedfrom "object.item"', "Filter": "*",
-                                           "StartingIndex": "0", "RequestedCount": "0", "SortCriteria": ""})
+    status, body = soap(server, "Search", search_args("0", 'upnp:class derivedfrom "object.item"', count="0"))
     assert status == 200, body
     return sorted(re.findall(r"&lt;dc:title&gt;([^&]*)&lt;", body))
 
@@ -72,10 +71,7 @@ class LifecycleTest(unittest.TestCase):
             os.rename(os.path.join(server.media, "Pictures/Trip"), os.path.join(server.media, "Video/Trip"))
             time.sleep(1.5)  # the move is rescanned before the next change
             shutil.copy(os.path.join(server.media, "Video/Trip/photo.jpg"), os.path.join(server.media, "Video/Trip/new.jpg"))
-            deadline = time.monotonic() + 20
-            while len(titles(server)) == count and time.monotonic() < deadline:
-                time.sleep(0.2)
-            self.assertEqual(len(titles(server)), count + 1)
+            self.assertTrue(wait_until(lambda: len(titles(server)) == count + 1, 20))
         finally:
             self.assertEqual(server.stop(), 0)
 

@@ -9,6 +9,7 @@ import subprocess
 import tempfile
 import threading
 import time
+import unittest
 import urllib.request
 
 import gi
@@ -78,6 +79,40 @@ class Mdbd:
 
     def url(self, path):
         return "http://127.0.0.1:%d%s" % (self.file_port, path)
+
+
+class ServerTest(unittest.TestCase):
+    """One mdbd for the whole test class (and a GUPnP control point with control_point), which must
+    stop cleanly at the end."""
+    control_point = False
+
+    @classmethod
+    def setUpClass(cls):
+        cls.server = Mdbd()
+        cls.cp = ControlPoint() if cls.control_point else None
+
+    @classmethod
+    def tearDownClass(cls):
+        status = cls.server.stop()
+        assert status == 0, "mdbd did not stop cleanly (%s):\n%s" % (status, "\n".join(cls.server.lines))
+
+
+def wait_until(condition, seconds):
+    """Polls condition until it holds or the time is up; its last answer."""
+    deadline = time.monotonic() + seconds
+    while not condition() and time.monotonic() < deadline:
+        time.sleep(0.2)
+    return condition()
+
+
+def browse_args(object_id, flag="BrowseDirectChildren", filter="*", start="0", count="0", sort=""):
+    return {"ObjectID": object_id, "BrowseFlag": flag, "Filter": filter, "StartingIndex": start,
+            "RequestedCount": count, "SortCriteria": sort}
+
+
+def search_args(container, criteria, sort="", filter="*", count="10"):
+    return {"ContainerID": container, "SearchCriteria": criteria, "Filter": filter, "StartingIndex": "0",
+            "RequestedCount": count, "SortCriteria": sort}
 
 
 def get(url, headers=None, method="GET"):

@@ -12,30 +12,13 @@ import time
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from mdbd_fixture import Mdbd, catalogue_dump, get, soap  # noqa: E402
+from mdbd_fixture import ServerTest, catalogue_dump, get, soap  # noqa: E402
+from mdbd_fixture import browse_args as browse, search_args as search  # noqa: E402
 
 LONG = "x" * 5000
 
 
-def browse(object_id, flag="BrowseDirectChildren", filter="*", start="0", count="0", sort=""):
-    return {"ObjectID": object_id, "BrowseFlag": flag, "Filter": filter, "StartingIndex": start,
-            "RequestedCount": count, "SortCriteria": sort}
-
-
-def search(container, criteria, sort="", filter="*"):
-    return {"ContainerID": container, "SearchCriteria": criteria, "Filter": filter, "StartingIndex": "0",
-            "RequestedCount": "10", "SortCriteria": sort}
-
-
-class SecurityTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.server = Mdbd()
-
-    @classmethod
-    def tearDownClass(cls):
-        assert cls.server.stop() == 0, "\n".join(cls.server.lines)
-
+class SecurityTest(ServerTest):
     def assert_alive(self):
         status, body = soap(self.server, "Browse", browse("0"))
         self.assertEqual(status, 200, body)

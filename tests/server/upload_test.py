@@ -11,12 +11,11 @@ import re
 import socket
 import sqlite3
 import sys
-import time
 import unittest
 import urllib.parse
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from mdbd_fixture import ControlPoint, GLib, GUPnPAV, Mdbd, get, parse_didl, soap  # noqa: E402
+from mdbd_fixture import Mdbd, ServerTest, browse_args, get, parse_didl, search_args, soap, wait_until  # noqa: E402
 
 MUSIC = "object.item.audioItem.musicTrack"
 
@@ -62,15 +61,7 @@ def post(url, data, length=None, cut=False):
 
 def metadata_error(server, object_id):
     """The UPnP error of a BrowseMetadata of object_id, 0 when the object exists."""
-    return error_of(soap(server, "Browse", {"ObjectID": object_id, "BrowseFlag": "BrowseMetadata", "Filter": "*",
-                                            "StartingIndex": "0", "RequestedCount": "0", "SortCriteria": ""}))
-
-
-def wait_until(condition, seconds):
-    deadline = time.monotonic() + seconds
-    while not condition() and time.monotonic() < deadline:
-        time.sleep(0.2)
-    return condition()
+    return error_of(soap(server, "Browse", browse_args(object_id, flag="BrowseMetadata")))
 
 
 def user_files(media):
@@ -92,18 +83,14 @@ def rows_without_file(db):
     return [name for (name,) in rows if not os.path.isfile(name)]
 
 
-class UploadTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.server = Mdbd()
-        cls.cp = ControlPoint()
-        with open(os.path.join(cls.server.media, "Music/Alpha/One.mp3"), "rb") as f:
-            cls.mp3 = f.read()
+class UploadTest(ServerTest):
+    control_point = True
 
     @classmethod
-    def tearDownClass(cls):
-        status = cls.server.stop()
-        assert status == 0, "mdbd did not stop cleanly (%s):\n%s" % (status, "\n".join(cls.server.lines))
+    def setUpClass(cls):
+        super().setUpClass()
+        with open(os.path.join(cls.server.media, "Music/Alpha/One.mp3"), "rb") as f:
+            cls.mp3 = f.read()
 
     def test_an_upload_is_browsable_at_once_played_back_and_destroyed(self):
         root = self.cp.browse("0.1.264")[0][0]
@@ -138,8 +125,7 @@ class UploadTest(unittest.TestCase):
             self.assertEqual(create(self.server, title, **kwargs)[0], 712, title)
         # Bodies where no upload waits.
         song = re.search(r'id="(0\.1\.256\|(\d+))"', html.unescape(
-            soap(self.server, "Search", {"ContainerID": "0", "SearchCriteria": 'dc:title = "First Song"', "Filter": "*",
-                                         "StartingIndex": "0", "RequestedCount": "1", "SortCriteria": ""})[1]))
+            soap(self.server, "Search", search_args("0", 'dc:title = "First Song"', count="1"))[1]))
         for path in ("/web/upload/%s.mp3" % song.group(2), "/web/upload/../../x.mp3", "/web/upload/%2e%2e%2f1.mp3",
                      "/web/upload/99999999999999999999.mp3"):
             self.assertIn(post(self.server.url(path), b"x" * 100), (404,), path)
