@@ -25,9 +25,10 @@ CMS = "urn:schemas-upnp-org:service:ConnectionManager:1"
 
 class Mdbd:
     """mdbd on a copy of the sample tree; its log is kept in lines. Given the dir of an earlier
-    server, it runs on that one's media and catalogue again."""
+    server, it runs on that one's media and catalogue again. scanned=False returns once it serves,
+    before its first scan is over."""
 
-    def __init__(self, *extra, dir=None, env=None):
+    def __init__(self, *extra, dir=None, env=None, scanned=True):
         self.dir = dir or tempfile.mkdtemp(prefix="mdbd-test-")
         self.media = os.path.join(self.dir, "media")
         if dir is None:
@@ -43,7 +44,8 @@ class Mdbd:
         self.reader.start()
         line = self.wait_for(r"serves .* on (http://\S+/description.xml) \(media files on port (\d+)\)")
         self.description, self.file_port = line.group(1), int(line.group(2))
-        self.wait_for(r"scanned \d+ media files")
+        if scanned:
+            self.wait_for(r"scanned \d+ media files")
 
     def _read(self):
         for line in self.process.stderr:
