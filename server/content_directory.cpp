@@ -138,7 +138,9 @@ void ContentDirectory::Search(UpnpActionRequest *request) {
 void ContentDirectory::AnswerList(UpnpActionRequest *request, const ListRequest &list,
                                   ListAnswer (*answerOf)(const ListRequest &), const char *what) {
     const auto started = std::chrono::steady_clock::now();
-    const ListAnswer answer = answerOf(list);
+    ListRequest withGeneration = list;
+    withGeneration.generation = m_eventing.SystemUpdateId();
+    const ListAnswer answer = answerOf(withGeneration);
     if (answer.error != 0) {
         AnswerError(request, answer.error, answer.errorText);
     } else {

@@ -3,6 +3,7 @@
 
 #include "library_lock.h"
 #include "soap.h"
+#include "value_list_cache.h"
 
 #include <adapt/adapt_ids.h>
 #include <adapt/handler_wrappers.h>
@@ -171,6 +172,11 @@ bool TranslateCriteria(const std::string &container, const std::string &criteria
     return true;
 }
 
+ValueListCache &ValueLists() {
+    static ValueListCache lists;
+    return lists;
+}
+
 }  // namespace
 
 ListAnswer AnswerBrowse(const ListRequest &request) {
@@ -210,6 +216,13 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
     const bool values = wholeList && subId == nullptr &&
                         (kind == HandlerKind::kGenres || kind == HandlerKind::kArtists || kind == HandlerKind::kAlbums);
     const uint32_t count = PageSize(request.count);
+    const std::string::size_type sortStart = request.sort.find_first_not_of(' ');
+    const bool descending = sortStart != std::string::npos && request.sort.compare(sortStart, 9, "-dc:title") == 0;
+    const std::string valuesKey = values ? request.objectId + '\n' + request.filter + (descending ? "\n-" : "\n+") : "";
+    ListAnswer answer;
+    if (values && ValueLists().Page(valuesKey, request.generation, request.start, count, answer)) {
+        return answer;
+    }
     uint32_t start = request.start, asked = count;
     if (request.metadata) {
         start = 0;  // the library would apply StartingIndex to the one row of the object
@@ -240,8 +253,12 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
         return Failure(kNoSuchObject, "No such object");
     }
     if (values) {
-        const std::string::size_type first = request.sort.find_first_not_of(' ');
-        doc.SortByTitle(first != std::string::npos && request.sort.compare(first, 9, "-dc:title") == 0);
+        doc.SortByTitle(descending);
+        doc.SetParentIds(request.objectId);
+        ValueLists().Keep(valuesKey, request.generation, doc);
+        if (ValueLists().Page(valuesKey, request.generation, request.start, count, answer)) {
+            return answer;
+        }
     }
     if (wholeList) {
         doc.DropFirst(request.start);
@@ -262,7 +279,6 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
             doc.SetParentIds(request.objectId.substr(0, request.objectId.find('|') + 1) + std::to_string(parent));
         }
     }
-    ListAnswer answer;
     answer.returned = doc.ObjectCount();
     answer.total = action.ulTotalMatches;
     answer.result = doc.Compact();

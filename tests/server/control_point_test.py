@@ -10,7 +10,7 @@ import time
 import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from mdbd_fixture import GLib, GObject, GUPnPAV, ServerTest, get, run_loop_until  # noqa: E402
+from mdbd_fixture import GLib, GObject, GUPnPAV, ServerTest, get, run_loop_until, wait_until  # noqa: E402
 
 # The media items of the sample tree (tests/tools/make-sample-tree.sh): title, class, MIME type.
 SAMPLE_ITEMS = {
@@ -130,6 +130,15 @@ class ControlPointTest(ServerTest):
             self.assertTrue(run_loop_until(lambda: seen[-1] > before, 20), "no SystemUpdateID event after a change")
             found, _, _ = self.cp.search("0", 'dc:title = "First Song"')
             self.assertEqual(len(found), songs, "the copy carries the same tags, so a second First Song")
+        # The album list, which mdbd keeps between requests, follows the change of an album's only file.
+        albums = lambda: [o.get_title() for o in self.cp.browse("0.1.262")[0]]  # noqa: E731
+        three, aside = os.path.join(self.server.media, "Music/Beta/Three.m4a"), os.path.join(self.server.dir, "3.m4a")
+        for move, present in (((three, aside), False), ((aside, three), True)):
+            self.assertEqual("Beta Sessions" in albums(), not present)
+            before = seen[-1]
+            os.rename(*move)
+            self.assertTrue(wait_until(lambda: ("Beta Sessions" in albums()) == present, 20), albums())
+            self.assertTrue(run_loop_until(lambda: seen[-1] > before, 20))  # no event left unanswered
         self.cp.cds.set_subscribed(False)
         # Reading the folder's files is no change to it: no rescan follows the last one.
         mark = len(self.server.lines)

@@ -140,4 +140,17 @@ std::string DidlDocument::Compact() const {
     return out;
 }
 
+std::vector<std::string> DidlDocument::ObjectTexts() const {
+    std::vector<std::string> texts;
+    for (IXML_Node *node = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr; node != nullptr;
+         node = ixmlNode_getNextSibling(node)) {
+        if (ixmlNode_getNodeType(node) == eELEMENT_NODE) {
+            DOMString text = ixmlNodetoString(node);
+            texts.emplace_back(text != nullptr ? text : "");
+            ixmlFreeDOMString(text);
+        }
+    }
+    return texts;
+}
+
 }  // namespace mdbcommon

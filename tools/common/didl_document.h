@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace mdbcommon {
 
@@ -37,6 +38,9 @@ public:
     void RebaseIds(const std::string &container, char separator);
     // The root and its objects as ixml writes them, without an XML declaration: the Result text.
     std::string Compact() const;
+    // Each object as ixml writes it, in order: Compact() is the root's start tag, these, and its
+    // end tag.
+    std::vector<std::string> ObjectTexts() const;
 
 private:
     IXML_Document *m_doc = nullptr;
