@@ -197,18 +197,22 @@ def parse_didl(text):
     return objects
 
 
+def envelope(action, arguments, service=CDS):
+    """The SOAP envelope of an action with its arguments, as clients write it."""
+    from xml.sax.saxutils import escape
+
+    args = "".join("<%s>%s</%s>" % (k, escape(str(v)), k) for k, v in arguments.items())
+    return ('<?xml version="1.0" encoding="utf-8"?><s:Envelope xmlns:s="http://schemas.xmlsoap.org/soap/envelope/" '
+            's:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"><s:Body><u:%s xmlns:u="%s">%s</u:%s>'
+            "</s:Body></s:Envelope>" % (action, service, args, action))
+
+
 def soap(server, action, arguments, service=CDS, control="/control/cds", raw_body=None, timeout=20):
     """(HTTP status, body) of one SOAP request sent as clients send it, on a new connection."""
     import http.client
-    from xml.sax.saxutils import escape
 
     host, port = server.description.split("//")[1].split("/")[0].split(":")
-    body = raw_body
-    if body is None:
-        args = "".join("<%s>%s</%s>" % (k, escape(str(v)), k) for k, v in arguments.items())
-        body = ('<?xml version="1.0" encoding="utf-8"?><s:Envelope xmlns:s="http://schemas.xmlsoap.org/soap/envelope/" '
-                's:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"><s:Body><u:%s xmlns:u="%s">%s</u:%s>'
-                "</s:Body></s:Envelope>" % (action, service, args, action))
+    body = envelope(action, arguments, service) if raw_body is None else raw_body
     connection = http.client.HTTPConnection(host, int(port), timeout=timeout)
     try:
         data = body.encode() if isinstance(body, str) else body
