@@ -166,7 +166,13 @@ void UploadActions::CreateObject(UpnpActionRequest *request) {
         LibraryGuard guard;
         folder = mdbscan::UploadFolderId(g_pstMdbCtx);
         if (folder > 0 && GiveFreeName(record, folder)) {
+            // CreateObject writes the upload folder's id over the parse's parentID copy, which is
+            // then ours to free.
+            char *const parsedParent = record.pcParentId;
             rc = QRV_MDB_CreateObject(&record);
+            if (record.pcParentId != parsedParent) {
+                std::free(parsedParent);
+            }
         }
     }
     if (folder <= 0 || rc != 0 || record.pcObjectId == nullptr) {
