@@ -90,7 +90,7 @@ bench-server:
 	cmake -S . -B $(BENCH_BUILD) -DCMAKE_BUILD_TYPE=Release -DMDB_BENCH=ON -DMDB_BUILD_TESTS=OFF \
 	      -DMDB_SCHEMA_SCRIPT=$(CURDIR)/$(BENCH_BUILD)/share/mdb/create_db.sql >/dev/null
 	cmake --build $(BENCH_BUILD) -j $(JOBS) --target mdbd mdb_bench_tag_tree
-	tests/server/run_in_namespace.sh /usr/bin/python3 bench/server/bench_server.py \
+	scripts/run_in_namespace.sh /usr/bin/python3 bench/server/bench_server.py \
 	  --mdbd $(BENCH_BUILD)/server/mdbd --tag-tree $(BENCH_BUILD)/bench/mdb_bench_tag_tree \
 	  --tree $(BENCH_BUILD)/server-tree --work $(BENCH_BUILD)/server-work --out bench/SERVER-RESULTS.md \
 	  $(BENCH_SERVER_ARGS)

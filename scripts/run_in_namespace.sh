@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Runs a command inside a private network namespace with only loopback up, so that the servers the
-# tests start never announce themselves on the machine's networks. Where no namespace can be made
-# (no privileges, no user namespaces), says so and exits 77, which CTest reports as skipped.
+# Runs a command inside a private network namespace with only loopback up, so that the servers that
+# tests and benchmarks start never announce themselves on the machine's networks. Where no
+# namespace can be made (no privileges, no user namespaces), says so and exits 77, which CTest
+# reports as skipped.
 # With MDB_NETNS_VETH=1 it also makes a veth pair, vsrv 10.77.0.1 and vcli 10.77.0.2, for clients
 # that look for their network on interfaces other than loopback; multicast leaves by vcli.
 set -u
