@@ -27,6 +27,59 @@ std::string TitleOf(IXML_Node *object) {
     return std::string();
 }
 
+/* Appends text with the characters XML reserves as entities ('"' too in an attribute value). */
+void AppendEscaped(std::string &out, const char *text, bool attribute) {
+    for (const char *run = text; text != nullptr && *run != '\0';) {
+        const size_t plain = std::strcspn(run, attribute ? "&<>\"" : "&<>");
+        out.append(run, plain);
+        run += plain;
+        switch (*run) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: continue;  // the end of the text
+        }
+        ++run;
+    }
+}
+
+/* Appends node and everything below it without whitespace between elements. ixml's own printer
+ * appends byte by byte and puts a line feed after every element; a page of 50 items is tens of
+ * kilobytes, written for every answer. */
+void AppendCompact(std::string &out, IXML_Node *node) {
+    switch (ixmlNode_getNodeType(node)) {
+    case eELEMENT_NODE:
+        out += '<';
+        out += ixmlNode_getNodeName(node);
+        for (IXML_Node *attribute = node->firstAttr; attribute != nullptr; attribute = attribute->nextSibling) {
+            out += ' ';
+            out += ixmlNode_getNodeName(attribute);
+            out += "=\"";
+            AppendEscaped(out, ixmlNode_getNodeValue(attribute), true);
+            out += '"';
+        }
+        out += '>';
+        for (IXML_Node *child = ixmlNode_getFirstChild(node); child != nullptr; child = ixmlNode_getNextSibling(child)) {
+            AppendCompact(out, child);
+        }
+        out += "</";
+        out += ixmlNode_getNodeName(node);
+        out += '>';
+        break;
+    case eTEXT_NODE:
+        AppendEscaped(out, ixmlNode_getNodeValue(node), false);
+        break;
+    case eCDATA_SECTION_NODE:
+        out += "<![CDATA[";
+        out += ixmlNode_getNodeValue(node) != nullptr ? ixmlNode_getNodeValue(node) : "";
+        out += "]]>";
+        break;
+    default:
+        break;
+    }
+}
+
 }  // namespace
 
 DidlDocument::DidlDocument() {
@@ -131,12 +184,11 @@ void DidlDocument::RebaseIds(const std::string &container, char separator) {
 }
 
 std::string DidlDocument::Compact() const {
-    if (m_root == nullptr) {
-        return std::string();
+    std::string out;
+    if (m_root != nullptr) {
+        out.reserve(4096);
+        AppendCompact(out, AsNode(m_root));
     }
-    DOMString text = ixmlNodetoString(AsNode(m_root));
-    std::string out = text != nullptr ? text : "";
-    ixmlFreeDOMString(text);
     return out;
 }
 
@@ -145,9 +197,8 @@ std::vector<std::string> DidlDocument::ObjectTexts() const {
     for (IXML_Node *node = m_root != nullptr ? ixmlNode_getFirstChild(AsNode(m_root)) : nullptr; node != nullptr;
          node = ixmlNode_getNextSibling(node)) {
         if (ixmlNode_getNodeType(node) == eELEMENT_NODE) {
-            DOMString text = ixmlNodetoString(node);
-            texts.emplace_back(text != nullptr ? text : "");
-            ixmlFreeDOMString(text);
+            texts.emplace_back();
+            AppendCompact(texts.back(), node);
         }
     }
     return texts;

@@ -36,9 +36,10 @@ public:
     // Moves every object below container: its id becomes container followed by the part of its id
     // from the last separator on ("0.1.257,17" to "0.1.257|3,17" for ','), its parentID container.
     void RebaseIds(const std::string &container, char separator);
-    // The root and its objects as ixml writes them, without an XML declaration: the Result text.
+    // The root and its objects without an XML declaration and without whitespace between
+    // elements: the Result text.
     std::string Compact() const;
-    // Each object as ixml writes it, in order: Compact() is the root's start tag, these, and its
+    // Each object in the same form, in order: Compact() is the root's start tag, these, and its
     // end tag.
     std::vector<std::string> ObjectTexts() const;
 
