@@ -138,9 +138,7 @@ void ContentDirectory::Search(UpnpActionRequest *request) {
 void ContentDirectory::AnswerList(UpnpActionRequest *request, const ListRequest &list,
                                   ListAnswer (*answerOf)(const ListRequest &), const char *what) {
     const auto started = std::chrono::steady_clock::now();
-    ListRequest withGeneration = list;
-    withGeneration.generation = m_eventing.SystemUpdateId();
-    const ListAnswer answer = answerOf(withGeneration);
+    const ListAnswer answer = answerOf(list);
     if (answer.error != 0) {
         AnswerError(request, answer.error, answer.errorText);
     } else {

@@ -2,13 +2,14 @@
 #include "list_answers.h"
 
 #include "library_lock.h"
+#include "list_cache.h"
 #include "soap.h"
-#include "value_list_cache.h"
 
 #include <adapt/adapt_ids.h>
 #include <adapt/handler_wrappers.h>
 #include <didl_document.h>
 #include <mdb_platform.h>
+#include <sqlite3.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -172,9 +173,65 @@ bool TranslateCriteria(const std::string &container, const std::string &criteria
     return true;
 }
 
-ValueListCache &ValueLists() {
-    static ValueListCache lists;
+ListCache &Lists() {
+    static ListCache lists;
     return lists;
+}
+
+/* The version of the catalogue's data: SQLite's data version of the connection, which every
+ * committed write moves (mdbd writes its catalogue through this connection alone, each write under
+ * the library mutex). Read under the library mutex; false when SQLite cannot tell. */
+bool CatalogueVersion(uint32_t &version) {
+    unsigned int value = 0;
+    if (sqlite3_file_control(g_pstMdbCtx, "main", SQLITE_FCNTL_DATA_VERSION, &value) != SQLITE_OK) {
+        return false;
+    }
+    version = value;
+    return true;
+}
+
+/* True for the lists that BrowseRows answers: a folder row's children or metadata, and the
+ * children of an all-items container. */
+bool IsRowList(HandlerKind kind, const char *subId, bool metadata) {
+    return (kind == HandlerKind::kFolders && subId != nullptr) ||
+           (kind == HandlerKind::kAllItems && subId == nullptr && !metadata);
+}
+
+/* A folder row's children or metadata, or all items of a class, through the library's row
+ * workers: the statements QRV_MDB_Browse runs for them, but the count of a list only when none
+ * is kept for the catalogue's version (the library counts the whole list again for every page,
+ * though every page of one list has the same total), and no existence count for metadata (a row
+ * that is not there writes nothing, which AnswerBrowse answers with 701). Called under the
+ * library mutex. */
+uint32_t BrowseRows(const MdbStaticContainer *node, const char *subId, const ListRequest &request,
+                    MdbActionCtx &action) {
+    char baseId[256] = "";
+    const uint32_t status = QRV_MDB_StaticContainerGetObjId(node, baseId, sizeof baseId);
+    if (status != MDB_OK) {
+        return status;
+    }
+    MdbItemBuildCtx build{};
+    build.pstContainer = node;
+    build.pstAction = &action;
+    build.pcBaseId = baseId;
+    build.llLastId = -1;
+    uint32_t before = 0, after = 0, total = 0;
+    const bool versioned = CatalogueVersion(before);
+    const bool kept = !request.metadata && versioned && Lists().Total(request.objectId, before, total);
+    uint32_t *count = request.metadata || kept ? nullptr : &total;
+    const uint32_t flag = request.metadata ? 0 : 1;
+    const uint32_t rows =
+        subId != nullptr
+            ? QRV_MDB_DbBrowseObject(g_pstMdbCtx, &action, std::atoll(subId), node->usAdaptData, flag,
+                                     MdbBuildItemCallback, &build, count)
+            : QRV_MDB_DbBrowseByType(g_pstMdbCtx, &action, 0, node->usAdaptData, flag, MdbBuildItemCallback, &build,
+                                     count);
+    // A total counted while the version moved (another process wrote the catalogue) is not kept.
+    if (rows == MDB_OK && count != nullptr && versioned && CatalogueVersion(after) && after == before) {
+        Lists().KeepTotal(request.objectId, before, total);
+    }
+    action.ulTotalMatches = request.metadata ? action.ulNumberReturned : total;
+    return rows;
 }
 
 }  // namespace
@@ -220,8 +277,16 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
     const bool descending = sortStart != std::string::npos && request.sort.compare(sortStart, 9, "-dc:title") == 0;
     const std::string valuesKey = values ? request.objectId + '\n' + request.filter + (descending ? "\n-" : "\n+") : "";
     ListAnswer answer;
-    if (values && ValueLists().Page(valuesKey, request.generation, request.start, count, answer)) {
-        return answer;
+    uint32_t version = 0;
+    bool versioned = false;
+    if (values) {
+        {
+            LibraryGuard guard;
+            versioned = CatalogueVersion(version);
+        }
+        if (versioned && Lists().Page(valuesKey, version, request.start, count, answer)) {
+            return answer;
+        }
     }
     uint32_t start = request.start, asked = count;
     if (request.metadata) {
@@ -239,7 +304,12 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
     uint32_t status;
     {
         LibraryGuard guard;
-        status = QRV_MDB_Browse(request.objectId.c_str(), request.metadata ? 0 : 1, &action);
+        if (IsRowList(kind, subId, request.metadata)) {
+            status = BrowseRows(node, subId, request, action);
+        } else {
+            status = QRV_MDB_Browse(request.objectId.c_str(), request.metadata ? 0 : 1, &action);
+            versioned = values && CatalogueVersion(version);
+        }
     }
     if (status == MDB_ERR_NOT_FOUND) {
         return Failure(kNoSuchObject, "No such object");
@@ -255,9 +325,11 @@ ListAnswer AnswerBrowse(const ListRequest &request) {
     if (values) {
         doc.SortByTitle(descending);
         doc.SetParentIds(request.objectId);
-        ValueLists().Keep(valuesKey, request.generation, doc);
-        if (ValueLists().Page(valuesKey, request.generation, request.start, count, answer)) {
-            return answer;
+        if (versioned) {
+            Lists().Keep(valuesKey, version, doc);
+            if (Lists().Page(valuesKey, version, request.start, count, answer)) {
+                return answer;
+            }
         }
     }
     if (wholeList) {

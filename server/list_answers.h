@@ -24,7 +24,6 @@ struct ListRequest {
     std::string sort;         // SortCriteria
     uint32_t start = 0;       // StartingIndex
     uint32_t count = 0;       // RequestedCount
-    uint32_t generation = 0;  // the SystemUpdateID when the request came
 };
 
 struct ListAnswer {

@@ -87,8 +87,9 @@ CREATE VIEW AV_INFO AS SELECT id, sampleFrequency, nrAudioChannels FROM ITEM;
 -- The names of lookup entries come through scalar sub-selects, which a deep OFFSET skips without
 -- evaluating, rather than through joins. restricted is 0 only for what a client may change: the
 -- upload folder and the objects CreateObject made in it (and never for a row with the restricted
--- bit); every scanned file, folder and root is 1. The uncorrelated sub-selects run once per
--- statement.
+-- bit); every scanned file, folder and root is 1. The upload folder's id is an uncorrelated scalar
+-- sub-select, read once per statement (an IN list of it would build a table per statement, which
+-- costs more than the row a BrowseMetadata reads).
 CREATE VIEW DLNA AS SELECT
   ITEM.id                  AS id,                  -- 0
   ITEM.parentID            AS parentID,            -- 1
@@ -110,8 +111,8 @@ CREATE VIEW DLNA AS SELECT
   (SELECT name FROM ARTISTS WHERE exID = ITEM.exID_ARTIST)       AS artist,    -- 17
   ITEM.exID_ALBUM          AS album_id,            -- 18
   (SELECT name FROM ALBUMS WHERE exID = ITEM.exID_ALBUM)         AS album,     -- 19
-  CAST((ITEM.flags & 128) != 0 OR NOT (ITEM.id IN (SELECT id FROM UPLOAD_FOLDER) OR
-        ITEM.parentID IN (SELECT id FROM UPLOAD_FOLDER)) AS INTEGER) AS restricted, -- 20: see above
+  CAST((ITEM.flags & 128) != 0 OR
+       coalesce((SELECT id FROM UPLOAD_FOLDER) NOT IN (ITEM.id, ITEM.parentID), 1) AS INTEGER) AS restricted, -- 20
   ITEM.fileName            AS fileName,            -- 21
   (SELECT name FROM CREATORS WHERE exID = ITEM.exID_CREATOR)     AS creator,   -- 22
   (SELECT name FROM ACTORS WHERE exID = ITEM.exID_ACTOR)         AS actor,     -- 23
