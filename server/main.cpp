@@ -20,6 +20,8 @@
 #include "upnp_device.h"
 
 #include <mdb_platform.h>
+#include <sqlite3.h>
+#include <upnpconfig.h>
 
 #include <limits.h>
 #include <signal.h>
@@ -165,6 +167,10 @@ int main(int argc, char **argv) {
     }
     if (options.help) {
         fputs(UsageText().c_str(), stdout);
+        return 0;
+    }
+    if (options.version) {
+        printf("mdbd %s (libupnp %s, SQLite %s)\n", MDBD_VERSION, UPNP_VERSION_STRING, sqlite3_libversion());
         return 0;
     }
     SetLogVerbosity(options.verbosity);

@@ -75,6 +75,7 @@ std::string UsageText() {
            "                     or with K, M, G (default 4G)\n"
            "  --no-watch         do not follow changes on disk (scan at start and on SIGHUP only)\n"
            "  -v, -vv            log one line per request (-v), and every catalogue change (-vv)\n"
+           "  --version          the versions of mdbd and of the libraries it runs on\n"
            "  --help             this text\n"
            "\n"
            "SIGHUP rescans the folders; SIGTERM and SIGINT stop the server cleanly.\n";
@@ -93,6 +94,8 @@ bool ParseOptions(int argc, char **argv, Options &options, std::string &error) {
         const char *v = nullptr;
         if (arg == "--help" || arg == "-h") {
             options.help = true;
+        } else if (arg == "--version") {
+            options.version = true;
         } else if (arg == "-v" || arg == "-vv") {
             options.verbosity = static_cast<int>(arg.size()) - 1;
         } else if (arg == "--no-watch") {
@@ -133,7 +136,7 @@ bool ParseOptions(int argc, char **argv, Options &options, std::string &error) {
             options.folders.push_back(arg);
         }
     }
-    if (options.help) {
+    if (options.help || options.version) {
         return true;
     }
     if (options.folders.empty()) {

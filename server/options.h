@@ -20,6 +20,7 @@ struct Options {
     int verbosity = 0;                 // -v: one line per request; -vv: and per event
     uint64_t maxUpload = 4ull << 30;   // --max-upload BYTES: the largest upload without a size
     bool help = false;
+    bool version = false;              // --version: print the version and stop
 };
 
 // Parses argv into options. false, with a sentence in error, for a wrong command line.
