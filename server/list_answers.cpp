@@ -183,7 +183,8 @@ ListCache &Lists() {
  * the library mutex). Read under the library mutex; false when SQLite cannot tell. */
 bool CatalogueVersion(uint32_t &version) {
     unsigned int value = 0;
-    if (sqlite3_file_control(g_pstMdbCtx, "main", SQLITE_FCNTL_DATA_VERSION, &value) != SQLITE_OK) {
+    if (g_pstMdbCtx == nullptr ||
+        sqlite3_file_control(g_pstMdbCtx, "main", SQLITE_FCNTL_DATA_VERSION, &value) != SQLITE_OK) {
         return false;
     }
     version = value;

@@ -97,10 +97,12 @@ class UploadTest(ServerTest):
         upload = [o for o in self.cp.browse(root.get_id())[0] if o.get_title() == "upload"]
         self.assertEqual(len(upload), 1, "the upload folder is listed while empty")
         self.assertFalse(upload[0].get_restricted())
+        self.assertEqual(self.cp.browse(upload[0].get_id())[2], 0)
         object_id, result = self.cp.call(self.cp.cds, "CreateObject", {
             "ContainerID": upload[0].get_id(), "Elements": elements("Later Song", size=len(self.mp3))},
             ["ObjectID", "Result"])
         import_uri = parse_didl(result)[0].get_resources()[0].get_import_uri()
+        self.assertEqual(self.cp.browse(upload[0].get_id())[2], 1, "the folder's total follows CreateObject")
         pending = self.cp.browse(object_id, flag="BrowseMetadata")[0][0].get_resources()[0]
         self.assertEqual((pending.get_uri() or "", pending.get_import_uri()), ("", import_uri))
         # A change in the upload folder rescans it; the pending upload, still without a file, stays.
