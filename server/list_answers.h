@@ -1,8 +1,9 @@
 // Browse and Search as mdbd answers them: the library called exactly as its contract says (filter
 // and sort converted by the library, a fresh DIDL-Lite document per request, every call that
 // reads the catalogue under the library mutex), and mended around the call where the contract
-// answers in a way that clients misread. Each mend is described where it is made, in
-// list_answers.cpp.
+// answers in a way that clients misread. Folder and all-items lists go to the library's row
+// workers directly, so that their totals can be kept (list_cache.h). Each mend is described where
+// it is made, in list_answers.cpp.
 #pragma once
 
 #include <cstdint>
